@@ -1,0 +1,68 @@
+// Identity and calibration-memory load (module `SIgGenRoutines`): the identity blocks and the
+// four calibration tables read out of the instrument's memory when it is opened.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "link/usb_link.hpp"
+
+namespace synthor {
+
+// The calibration tables, each byte of instrument memory one character. `CalTable1` (channel 1)
+// and `CalTable2` (channel 2) hold 169 records of 70 bytes, one per calibration frequency.
+struct CalibrationTables {
+    std::string CalTable1;  // from 8152
+    std::string CalTable2;  // from 20224
+    std::string CalTable3;  // from 1150, 7002 bytes, not used by the library
+    std::string CalTable4;  // from 32256, 7002 bytes, not used by the library
+
+    static constexpr std::size_t kRecordSize = 70;
+    static constexpr std::size_t kRecordCount = 169;
+
+    // True when tables 1 and 2 hold all their records.
+    bool levelTablesComplete() const {
+        return CalTable1.size() == kRecordSize * kRecordCount &&
+               CalTable2.size() == kRecordSize * kRecordCount;
+    }
+};
+
+// Where a calibration load reports progress: the `EEPROMdata` window's bar (0 to 100) when the
+// panel loads, nothing when FND does.
+class CalibrationProgress {
+  public:
+    virtual ~CalibrationProgress() = default;
+    virtual void setValue(float value) = 0;
+};
+
+// Progress that goes nowhere.
+class NoProgress final : public CalibrationProgress {
+  public:
+    void setValue(float) override {}
+};
+
+// Identity elements 1..15 (element 0 is never filled): 2 the serial number as decimal text,
+// 10 the firmware version, 15 the hardware identifier.
+using Identity = std::array<std::string, 16>;
+
+// Reads identity blocks 1..15 (11 bytes each from address 2) and then replaces element 10 with
+// the 3-byte version reply. When the instrument stops answering after a block, shows "No
+// Response" ("Hardware Info", critical) and returns with the remaining elements unread.
+void ReadIdentity(UsbLink& link, Identity& identity);
+
+// The number of short replies in a row after which LoadCalData takes a block of tables 1 and 2
+// as unobtainable.
+inline constexpr int kCalBlockAttempts = 4;
+
+// Rebuilds the four tables: 169 blocks of 70 bytes into each of tables 1 and 2 (each block asked
+// again until it arrives whole), 70 blocks of 100 and one of 2 into tables 3 and 4 (short replies
+// kept as they come). Progress runs from 0 to 100; pending window messages run after each block.
+//
+// An instrument that stops answering would keep a block of tables 1 and 2 asking forever. After
+// kCalBlockAttempts short replies in a row for one block the load stops instead: that table ends
+// with the blocks read before it, and the tables after it stay empty. Level words for the
+// missing records then raise the invalid-argument error (5), and levelTablesComplete() is false.
+void LoadCalData(UsbLink& link, CalibrationTables& tables, CalibrationProgress& progress);
+
+}  // namespace synthor

@@ -1,0 +1,74 @@
+// The instrument link: opening and configuring the USB device, writing frames with one
+// reconnect-and-retry, reading counted replies, purging, the liveness check, the trigger-mode
+// frame and the millisecond delay. Results are texts ("OK", "Error", ...) that callers compare
+// exactly; nothing here throws except the delay's overflow.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "link/d2xx.hpp"
+#include "runtime/clock.hpp"
+#include "runtime/prompts.hpp"
+
+namespace synthor {
+
+// The only USB description the library opens by.
+inline constexpr std::string_view kDeviceDescription = "VexaSource Series Agile Synthesizer";
+
+// 16-bit booleans as hosts see them.
+inline constexpr std::int16_t kTrue = -1;
+inline constexpr std::int16_t kFalse = 0;
+
+class UsbLink {
+  public:
+    UsbLink(d2xx::DriverTable driver, Prompts& prompts, Clock& clock);
+
+    // Opens by description (flag 2) and configures. "OK", "" after a successful retry of the
+    // open, "Open Failed", or the configuration failure ("SetTimeouts Failed", ...).
+    std::string OpenUSB(std::string description);
+    // Opens by USB serial number (flag 1); as OpenUSB, but a failed close after a configuration
+    // failure gives "Close Failed".
+    std::string OpenUSBSN(std::string serial);
+    std::string CloseUSB();      // "OK" or "Close Failed"; USBHandle keeps its value
+    std::string CyclePortUSB();  // "OK" or "Error"
+
+    std::string WriteUSB(std::string_view frame);  // "OK" or "Error" after reconnect and retry
+    std::string ReadUSB(std::int32_t count);       // the bytes received, possibly fewer
+    std::string PurgeUSB();                        // "OK" or "Error"
+    void ReconnectUSB();
+    void CheckResponse();  // sets NoResponse
+    void SetTrigger();     // sends TriggerModeRequested, or shows "No Response"
+    void Delay(std::int16_t ms);
+
+    Prompts& prompts() { return prompts_; }
+
+    // Connection state.
+    d2xx::Handle USBHandle = nullptr;
+    std::int16_t InstrumentFound = kFalse;
+    const std::string ReconnectDescription;  // never assigned: reconnects open by ""
+
+    // Exchange state. The two read flags are sticky: once set they stay set.
+    std::uint32_t BytesWritten = 0;
+    std::uint32_t BytesRead = 0;
+    std::int32_t TotalRead = 0;
+    d2xx::Status ReadStatus = d2xx::Ok;
+    std::int16_t ReadTimedOut = kFalse;
+    std::int16_t ReadError = kFalse;
+    std::int16_t NoResponse = kFalse;
+
+    // Trigger mode: 0 free run, 1 external rising edge, 2 external falling edge.
+    std::int16_t TriggerModeRequested = 0;
+    std::int16_t TriggerModeActive = 0;
+
+  private:
+    std::string open(const std::string& arg, std::uint32_t flags, int depth);
+
+    d2xx::DriverTable driver_;
+    Prompts& prompts_;
+    Clock& clock_;
+    std::string readBuffer_;
+};
+
+}  // namespace synthor

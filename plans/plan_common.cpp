@@ -1,0 +1,36 @@
+#include "plans/plan_common.hpp"
+
+#include <limits>
+
+#include "runtime/convert.hpp"
+#include "runtime/errors.hpp"
+
+namespace synthor {
+
+std::int32_t absLong(std::int32_t v) {
+    if (v == std::numeric_limits<std::int32_t>::min()) raise(errnum::Overflow);
+    return v < 0 ? -v : v;
+}
+
+const char* startLetters(const Session& s, const StartFrameKind& kind) {
+    return s.plans.StepTrigger != 0 && s.link.TriggerModeActive != 0 ? kind.stepped
+                                                                     : kind.freeRunning;
+}
+
+float roundLevel(float level) {
+    return static_cast<float>(roundHalfEven(level, 1));
+}
+
+double phaseDivisor(double fMHz) {
+    for (const PhaseDivisor& d : kPhaseDivisors) {
+        if (fMHz >= d.fromMHz) return d.divisor;
+    }
+    return 0.0;
+}
+
+std::int32_t phaseWordOf(float degrees) {
+    const float word = degrees * 16384.0F / 360.0F;
+    return clng(word);
+}
+
+}  // namespace synthor

@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Installs what the project builds with, from Debian's packages. Safe to run again: packages
+# already present are not fetched twice.
+set -euo pipefail
+
+packages=(
+    cmake ninja-build g++ pkg-config          # native build
+    libgtest-dev libgmock-dev libbenchmark-dev  # tests and benchmarks
+    clang clang-format libclang-rt-14-dev       # fuzzing (libFuzzer) and format checks
+    g++-mingw-w64-x86-64-posix                  # Windows cross-build
+)
+
+missing=()
+for p in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -eq 0 ]; then
+    exit 0
+fi
+
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
+echo "setup: installing ${missing[*]}"
+$sudo apt-get update -qq
+DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# Sets up, builds and runs every check: the test suites in a normal and in an address- and
+# undefined-behaviour-sanitized build, the Windows cross-build, the format check, the fuzz
+# targets for a bounded time, and a short benchmark run.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+fuzz_seconds=${FUZZ_SECONDS:-30}
+
+scripts/setup.sh
+
+step() { printf '\n== %s\n' "$*"; }
+
+step "format check"
+git ls-files '*.cpp' '*.hpp' | xargs clang-format --dry-run --Werror
+
+step "build and test (GCC)"
+cmake -S . -B build -G Ninja >/dev/null
+cmake --build build -j2
+ctest --test-dir build --output-on-failure -j2
+
+step "build and test (AddressSanitizer + UndefinedBehaviorSanitizer)"
+cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DSYNTHOR_SANITIZE=ON -DSYNTHOR_BENCH=OFF >/dev/null
+cmake --build build-asan -j2
+ASAN_OPTIONS=detect_leaks=1 ctest --test-dir build-asan --output-on-failure -j2
+
+step "Windows cross-build (mingw-w64)"
+cmake -S . -B build-win -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake >/dev/null
+cmake --build build-win -j2
+
+step "fuzz targets (${fuzz_seconds} s each)"
+CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DSYNTHOR_FUZZ=ON -DSYNTHOR_TESTS=OFF \
+    -DSYNTHOR_BENCH=OFF -DSYNTHOR_WERROR=OFF >/dev/null
+cmake --build build-fuzz -j2
+for target in build-fuzz/fuzz_*; do
+    [ -x "$target" ] || continue
+    mkdir -p "build-fuzz/corpus/$(basename "$target")"
+    "$target" -max_total_time="$fuzz_seconds" -rss_limit_mb=2048 -timeout=10 \
+        "build-fuzz/corpus/$(basename "$target")" 2>&1 | tail -n 2
+done
+
+step "benchmarks (short run)"
+for bench in build/bench_*; do
+    [ -x "$bench" ] || continue
+    "$bench" --benchmark_min_time=0.05
+done
+
+step "all checks passed"

@@ -1,0 +1,86 @@
+// Fault specs: "NAME" or "NAME=N".
+#include <array>
+#include <charconv>
+#include <limits>
+
+#include "sim/sim_instrument.hpp"
+
+namespace synthor::sim {
+namespace {
+
+struct CounterFault {
+    std::string_view name;
+    int Faults::*counter;
+};
+
+constexpr std::array<CounterFault, 9> kCounters{{
+    {"open", &Faults::open},
+    {"close", &Faults::close},
+    {"cycle", &Faults::cycle},
+    {"timeouts", &Faults::timeouts},
+    {"usbparams", &Faults::usbparams},
+    {"latency", &Faults::latency},
+    {"flow", &Faults::flow},
+    {"purge", &Faults::purge},
+    {"write", &Faults::write},
+}};
+
+std::string_view trimmed(std::string_view s) {
+    const auto blank = [](char c) { return c == ' ' || c == '\t'; };
+    while (!s.empty() && blank(s.front()))
+        s.remove_prefix(1);
+    while (!s.empty() && blank(s.back()))
+        s.remove_suffix(1);
+    return s;
+}
+
+std::string lowered(std::string_view s) {
+    std::string out(s);
+    for (char& c : out) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return out;
+}
+
+// A decimal count 0..INT_MAX, digits only.
+bool parseCount(std::string_view text, int& value) {
+    if (text.empty()) return false;
+    for (char c : text) {
+        if (c < '0' || c > '9') return false;
+    }
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return ec == std::errc{} && end == text.data() + text.size();
+}
+
+}  // namespace
+
+bool applyFault(std::string_view spec, Faults& faults, std::string& error) {
+    spec = trimmed(spec);
+    const auto eq = spec.find('=');
+    const std::string name = lowered(trimmed(spec.substr(0, eq)));
+    int n = 1;
+    if (eq != std::string_view::npos && !parseCount(trimmed(spec.substr(eq + 1)), n)) {
+        error = "bad count in fault \"" + std::string(spec) + "\" (a whole number 0 or more)";
+        return false;
+    }
+    for (const CounterFault& fault : kCounters) {
+        if (name == fault.name) {
+            faults.*fault.counter = n;
+            return true;
+        }
+    }
+    if (name == "silent") {
+        faults.silent = n != 0;
+        return true;
+    }
+    if (name == "chunk") {
+        faults.chunk = static_cast<std::uint32_t>(n);
+        return true;
+    }
+    error = "unknown fault \"" + std::string(spec) +
+            "\" (open, close, cycle, timeouts, usbparams, latency, flow, purge, write, silent, "
+            "chunk)";
+    return false;
+}
+
+}  // namespace synthor::sim

@@ -1,0 +1,78 @@
+// A session opened on the simulated instrument with its calibration loaded, the frames it writes
+// recorded as hexadecimal, recording prompts, and a temporary folder for plan files.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "automation/session.hpp"
+#include "automation/synthor_01_vexa.hpp"
+#include "link/trace.hpp"
+#include "sim/sim_instrument.hpp"
+#include "support/fake_driver.hpp"
+
+namespace synthor::testing {
+
+class PlanTest : public ::testing::Test {
+  protected:
+    PlanTest()
+        : session(traced(inst.driverTable(), [this](const std::string& l) { lines.push_back(l); }),
+                  prompts, clock),
+          object(session) {}
+
+    void SetUp() override {
+        ASSERT_EQ(object.FND(), 1234);
+        dir = std::filesystem::temp_directory_path() /
+              ("synthor_plans_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)) + "_" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::create_directories(dir);
+        lines.clear();
+    }
+    void TearDown() override { std::filesystem::remove_all(dir); }
+
+    // Writes a plan file into the temporary folder and returns its path.
+    std::string file(const std::string& name, const std::string& content) {
+        const auto path = (dir / name).string();
+        std::ofstream(path, std::ios::binary) << content;
+        return path;
+    }
+
+    // The frames written since the last call, as "57 02 01 FC 20 FF FF".
+    std::vector<std::string> frames() {
+        std::vector<std::string> out;
+        for (const std::string& l : lines) {
+            const std::string prefix = "FT_Write ";
+            if (l.rfind(prefix, 0) == 0)
+                out.push_back(l.substr(prefix.size(), l.rfind(" = ") - prefix.size()));
+        }
+        lines.clear();
+        return out;
+    }
+
+    const std::string& status(int panel) { return session.panel.status(panel); }
+
+    sim::Instrument inst;
+    RecordingPrompts prompts;
+    FakeClock clock{1000, 1};
+    std::vector<std::string> lines;
+    Session session;
+    Synthor_01_vexa object;
+    std::filesystem::path dir;
+};
+
+// The example frequency sweep file.
+inline const char* kFreqSweepFile =
+    "[FREQUENCYSWEEP]\r\n[LEVEL]\r\n0\r\n[DWELL]\r\n1000\r\n[PLAN]\r\n1 1000\r\n2, 1001\r\n3     "
+    "1002\r\n";
+inline const char* kLevelSweepFile =
+    "[LEVELSWEEP]\r\n[FREQUENCY]\r\n2400\r\n[DWELL]\r\n500\r\n[PLAN]\r\n1 -10\r\n2 -9.5\r\n3 "
+    "-9\r\n";
+inline const char* kComplexSweepFile =
+    "[COMPLEXSWEEP]\r\n[FREQUENCY]\r\n1000\r\n[DWELL]\r\n200\r\n[PLAN]\r\n1 0 -10\r\n2 90 -10\r\n3 "
+    "180 -12\r\n";
+
+}  // namespace synthor::testing
