@@ -224,7 +224,12 @@ class Runner {
             return;
         }
         if (name.rfind("panel.", 0) == 0) {
-            err_ << "synthor: " << where << c.name << " is not available in this build\n";
+            try {
+                panelCall(name.substr(6), c, where);
+            } catch (const RuntimeError& e) {
+                out_ << "raised " << e.number() << ": " << e.description() << '\n';
+            }
+            out_.flush();
             return;
         }
         const AutomationMethod* m = findAutomationMethod(c.name);
@@ -249,6 +254,45 @@ class Runner {
     }
 
   private:
+    // The headless panel: Set/Click/Select/Load/Close act and print nothing of their own;
+    // Get/Value/Bold/Enabled/Status print the control's state.
+    void panelCall(const std::string& action, const ScriptCall& c, const std::string& where) {
+        panel::FreqGen2& form = session_->panel;
+        const auto arg = [&](std::size_t i) { return i < c.args.size() ? toText(c.args[i]) : ""; };
+        const auto complain = [&](const std::string& what) {
+            err_ << "synthor: " << where << c.name << ": " << what << '\n';
+        };
+        if (action == "load") return form.load();
+        if (action == "close") return form.close();
+        if (action == "status") {
+            if (c.args.empty()) return complain("needs a panel number");
+            out_ << form.status(toInteger(c.args[0])) << '\n';
+            return;
+        }
+        const std::string control = arg(0);
+        if (action == "set") {
+            if (!form.typeText(control, arg(1))) complain("no text box named " + control);
+            return;
+        }
+        if (action == "click") {
+            if (!form.click(control)) complain("nothing to click named " + control);
+            return;
+        }
+        if (action == "select") {
+            if (!form.choose(control)) complain("no option button named " + control);
+            return;
+        }
+        const panel::Control* found = form.find(control);
+        const bool reads =
+            action == "get" || action == "value" || action == "bold" || action == "enabled";
+        if (!reads) return complain("unknown panel call");
+        if (!found) return complain("no control named " + control);
+        if (action == "get") out_ << found->text() << '\n';
+        if (action == "value") out_ << (found->value() ? 1 : 0) << '\n';
+        if (action == "bold") out_ << (found->bold() ? 1 : 0) << '\n';
+        if (action == "enabled") out_ << (found->enabled() ? 1 : 0) << '\n';
+    }
+
     std::ostream& out_;
     std::ostream& err_;
     ScriptPrompts prompts_;

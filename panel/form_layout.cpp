@@ -12,7 +12,7 @@ constexpr std::string_view kDwellTip = "Enter dwell time between 25 and 65500 us
 // The misspelt caption "Swtich RF Off", the dwell tooltips that say 25 while the checks take 26,
 // the "dBm" level-step unit of Frame3 beside the "dB" of Frame6 and the differing decimals of the
 // default texts are the panel's own and stay as they are.
-constexpr std::array kLayout = std::to_array<ControlSpec>({
+constexpr std::array kLayout = std::to_array<ControlEntry>({
     {"Frame1", K::Frame, "", "Frequency set", ""},
     {"Label1", K::Label, "Frame1", "Frequency", ""},
     {"Label3", K::Label, "Frame1", "MHz", ""},
@@ -185,7 +185,7 @@ std::string_view kindName(ControlKind kind) {
     return "control";
 }
 
-std::span<const ControlSpec> formLayout() {
+std::span<const ControlEntry> formLayout() {
     return kLayout;
 }
 

@@ -23,7 +23,7 @@ enum class ControlKind {
 // The kind's name as a person reads it ("text box", "option button", ...).
 std::string_view kindName(ControlKind kind);
 
-struct ControlSpec {
+struct ControlEntry {
     std::string_view name;
     ControlKind kind;
     std::string_view frame;    // the containing frame; empty for controls on the form itself
@@ -37,6 +37,6 @@ inline constexpr std::string_view kFormCaption = "KX30-11-02 Signal generator ut
 inline constexpr std::string_view kFontName = "MS Sans Serif";
 
 // Every control of the form, frame by frame; frames come before the controls they hold.
-std::span<const ControlSpec> formLayout();
+std::span<const ControlEntry> formLayout();
 
 }  // namespace synthor::panel

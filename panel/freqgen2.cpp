@@ -24,8 +24,8 @@ bool sameName(std::string_view a, std::string_view b) {
 FreqGen2::FreqGen2() : panels_(statuspanel::Count) {
     const auto layout = formLayout();
     controls_.reserve(layout.size());
-    for (const auto& spec : layout)
-        controls_.push_back(Control(spec));
+    for (const auto& entry : layout)
+        controls_.push_back(Control(entry));
     // The panel opens in CW on a free-running trigger, as its default options say.
     panels_[statuspanel::Mode - 1] = status::CW;
     panels_[statuspanel::Trigger - 1] = trigger::FreeRun;

@@ -33,11 +33,11 @@ inline constexpr std::array<std::string_view, 5> kStopButtons = {
 
 class Control {
   public:
-    std::string_view name() const { return spec_->name; }
-    ControlKind kind() const { return spec_->kind; }
-    std::string_view frame() const { return spec_->frame; }
-    std::string_view tooltip() const { return spec_->tooltip; }
-    std::string_view defaultText() const { return spec_->caption; }
+    std::string_view name() const { return entry_->name; }
+    ControlKind kind() const { return entry_->kind; }
+    std::string_view frame() const { return entry_->frame; }
+    std::string_view tooltip() const { return entry_->tooltip; }
+    std::string_view defaultText() const { return entry_->caption; }
 
     // A text box's text, or the caption of any other control.
     const std::string& text() const { return text_; }
@@ -48,10 +48,10 @@ class Control {
 
   private:
     friend class FreqGen2;
-    explicit Control(const ControlSpec& spec)
-        : spec_(&spec), text_(spec.caption), value_(spec.selected) {}
+    explicit Control(const ControlEntry& entry)
+        : entry_(&entry), text_(entry.caption), value_(entry.selected) {}
 
-    const ControlSpec* spec_;
+    const ControlEntry* entry_;
     std::string text_;
     bool value_;
     bool enabled_ = true;

@@ -92,12 +92,5 @@ TEST(PlanText, LinesFollowTheLastItem) {
     EXPECT_EQ(lines, (std::vector<std::string>{"1 1000", "2 1001", "", "3 1002", "4 1003"}));
 }
 
-TEST(PlanText, UpperCaseAndReplaceAll) {
-    EXPECT_EQ(upperCase("[FrequencySweep]"), "[FREQUENCYSWEEP]");
-    EXPECT_EQ(replaceAll("aaaa", "aa", "b"), "bb");
-    EXPECT_EQ(replaceAll("aaa", "aa", "b"), "ba");
-    EXPECT_EQ(replaceAll("", "a", "b"), "");
-}
-
 }  // namespace
 }  // namespace synthor
