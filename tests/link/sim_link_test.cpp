@@ -1,0 +1,150 @@
+// The link against the simulated instrument and its injected faults: the recovery paths as a
+// host would meet them, seen through the wire trace.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "link/trace.hpp"
+#include "link/usb_link.hpp"
+#include "sim/sim_instrument.hpp"
+#include "support/fake_driver.hpp"
+
+namespace synthor {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+struct SimLink {
+    explicit SimLink(std::initializer_list<const char*> faults, std::uint32_t chunk = 0) {
+        sim::Config config;
+        std::string error;
+        for (const char* f : faults)
+            EXPECT_TRUE(sim::applyFault(f, config.faults, error)) << error;
+        if (chunk) config.faults.chunk = chunk;
+        instrument = std::make_unique<sim::Instrument>(std::move(config));
+        link = std::make_unique<UsbLink>(
+            traced(instrument->driverTable(), [this](const std::string& l) { lines.push_back(l); }),
+            prompts, clock);
+    }
+    bool saw(const std::string& line) const {
+        return std::find(lines.begin(), lines.end(), line) != lines.end();
+    }
+    long count(std::string_view prefix) const {
+        return std::count_if(lines.begin(), lines.end(),
+                             [&](const std::string& l) { return l.rfind(prefix, 0) == 0; });
+    }
+
+    std::unique_ptr<sim::Instrument> instrument;
+    testing::RecordingPrompts prompts;
+    testing::FakeClock clock;
+    Lines lines;
+    std::unique_ptr<UsbLink> link;
+};
+
+struct OpenCase {
+    std::initializer_list<const char*> faults;
+    bool bySerial;
+    const char* result;
+    const char* alsoSeen;  // a trace line the path must show
+};
+
+class SimOpen : public ::testing::TestWithParam<OpenCase> {};
+
+TEST_P(SimOpen, ResultAndPath) {
+    const OpenCase& c = GetParam();
+    SimLink s(c.faults);
+    const std::string r = c.bySerial ? s.link->OpenUSBSN("VX000001")
+                                     : s.link->OpenUSB(std::string(kDeviceDescription));
+    EXPECT_EQ(r, c.result);
+    EXPECT_TRUE(s.saw(c.alsoSeen)) << c.alsoSeen;
+}
+
+const std::string kOpen = "FT_OpenEx \"VexaSource Series Agile Synthesizer\" 2 = 0";
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, SimOpen,
+    ::testing::Values(
+        OpenCase{{}, false, "OK", "FT_SetFlowControl 256 17 19 = 0"},
+        OpenCase{{"open=1"}, false, "", "FT_CyclePort = 1"},  // nothing open yet to cycle
+        OpenCase{{"open=1"}, true, "", "FT_OpenEx \"VX000001\" 1 = 0"},
+        OpenCase{{"open=2"},
+                 false,
+                 "Open Failed",
+                 "FT_OpenEx \"VexaSource Series Agile Synthesizer\" 2 = 4"},
+        OpenCase{{"timeouts"}, false, "SetTimeouts Failed", "FT_Close = 0"},
+        OpenCase{{"usbparams"}, false, "Set USB Failed", "FT_Close = 0"},
+        OpenCase{{"latency"}, false, "Latency Timer Set Failed", "FT_Close = 0"},
+        OpenCase{{"flow"}, false, "Flow Control Set Failed", "FT_Close = 0"},
+        OpenCase{
+            {"usbparams", "close"}, false, "Set USB Failed", "FT_OpenEx \"Close Failed\" 2 = 2"},
+        OpenCase{{"usbparams", "close"}, true, "Close Failed", "FT_Close = 4"}));
+
+TEST(SimLinkExchange, SecondOpenWhileOpenGoesThroughTheRetryAndGivesEmpty) {
+    SimLink s({});
+    EXPECT_EQ(s.link->OpenUSB(std::string(kDeviceDescription)), "OK");
+    EXPECT_EQ(s.link->OpenUSB(std::string(kDeviceDescription)), "");
+    EXPECT_TRUE(s.saw("FT_OpenEx \"VexaSource Series Agile Synthesizer\" 2 = 3"));
+    EXPECT_EQ(s.link->WriteUSB("Q"), "OK");  // and the device works afterwards
+    EXPECT_EQ(s.link->ReadUSB(1), "R");
+}
+
+TEST(SimLinkExchange, FailedWriteCyclesAndRetriesOnTheSameHandle) {
+    SimLink s({"write=1"});
+    s.link->OpenUSB(std::string(kDeviceDescription));
+    s.lines.clear();
+    EXPECT_EQ(s.link->WriteUSB("Q"), "OK");
+    EXPECT_EQ(s.lines, (Lines{"FT_Write 51 = 4", "FT_CyclePort = 0", "FT_Write 51 = 0"}));
+    EXPECT_EQ(s.link->ReadUSB(1), "R");
+}
+
+TEST(SimLinkExchange, FailedWriteAndCycleReopenByEmptyDescriptionAndGiveUp) {
+    SimLink s({"write=2", "cycle=1"});
+    s.link->OpenUSB(std::string(kDeviceDescription));
+    s.lines.clear();
+    EXPECT_EQ(s.link->WriteUSB("Q"), "Error");
+    EXPECT_EQ(s.lines.front(), "FT_Write 51 = 4");
+    EXPECT_EQ(s.lines[1], "FT_CyclePort = 4");
+    EXPECT_EQ(s.lines[2], "FT_OpenEx \"\" 2 = 2");
+    // The failed reopen closed the device, so the receive purge fails and the transmit purge is
+    // never made.
+    EXPECT_TRUE(s.saw("FT_Purge 1 = 1"));
+    EXPECT_EQ(s.count("FT_Purge 2"), 0);
+    EXPECT_EQ(s.lines.back(), "FT_Write 51 = 4");
+}
+
+TEST(SimLinkExchange, ChunkedRepliesAreGatheredWithFullCountRequests) {
+    SimLink s({}, 4);
+    s.link->OpenUSB(std::string(kDeviceDescription));
+    s.link->WriteUSB(std::string("P\x0B\x00\x0D", 4));
+    s.lines.clear();
+    const std::string block = s.link->ReadUSB(11);
+    EXPECT_EQ(block.size(), 11u);
+    EXPECT_EQ(block.substr(0, 4), "1234");
+    EXPECT_EQ(s.count("FT_Read 11 = 0 :"), 3);  // 4 + 4 + 3 bytes
+}
+
+TEST(SimLinkExchange, SilentInstrumentMeansNoResponseAndTheMessageForTrigger) {
+    SimLink s({"silent"});
+    s.link->OpenUSB(std::string(kDeviceDescription));
+    EXPECT_EQ(s.link->ReadUSB(1), "");
+    EXPECT_EQ(s.link->ReadTimedOut, kTrue);
+    s.link->TriggerModeRequested = 1;
+    s.link->SetTrigger();
+    EXPECT_EQ(s.link->NoResponse, kTrue);
+    ASSERT_EQ(s.prompts.boxes.size(), 1u);
+    EXPECT_EQ(s.prompts.boxes[0].title, "Trigger mode");
+    EXPECT_EQ(s.count("FT_Write 59 54"), 0);
+}
+
+TEST(SimLinkExchange, LiveInstrumentTakesTheTriggerFrame) {
+    SimLink s({});
+    s.link->OpenUSB(std::string(kDeviceDescription));
+    s.link->TriggerModeRequested = 2;
+    s.link->SetTrigger();
+    EXPECT_EQ(s.link->NoResponse, kFalse);
+    EXPECT_EQ(s.lines.back(), "FT_Write 59 54 02 = 0");
+    EXPECT_EQ(s.link->TriggerModeActive, 2);
+}
+
+}  // namespace
+}  // namespace synthor
