@@ -15,10 +15,10 @@ namespace {
 using Lines = std::vector<std::string>;
 
 struct SimLink {
-    explicit SimLink(std::initializer_list<const char*> faults, std::uint32_t chunk = 0) {
+    explicit SimLink(const std::vector<std::string>& faults, std::uint32_t chunk = 0) {
         sim::Config config;
         std::string error;
-        for (const char* f : faults)
+        for (const std::string& f : faults)
             EXPECT_TRUE(sim::applyFault(f, config.faults, error)) << error;
         if (chunk) config.faults.chunk = chunk;
         instrument = std::make_unique<sim::Instrument>(std::move(config));
@@ -42,7 +42,7 @@ struct SimLink {
 };
 
 struct OpenCase {
-    std::initializer_list<const char*> faults;
+    std::vector<std::string> faults;
     bool bySerial;
     const char* result;
     const char* alsoSeen;  // a trace line the path must show
