@@ -89,6 +89,38 @@ std::string phaseText(std::uint16_t word, std::optional<double> frequencyHz) {
            " degrees)";
 }
 
+// The "Z" set-up: a function byte and three argument bytes (AM with its depth and carrier level
+// word, or external FM with its deviation in tuning-word units of the carrier's band).
+std::string setupText(const std::array<std::uint8_t, 4>& z, const SynthesizerReading& carrier) {
+    const auto raw = [&] {
+        std::string bytes = " (Z";
+        for (std::uint8_t b : z)
+            bytes += " " + hexByte(b);
+        return bytes + ")";
+    };
+    switch (z[0]) {
+        case 0x01:
+        case 0x02:
+        case 0x03: {
+            static constexpr const char* kTone[] = {"400 Hz tone", "1 kHz tone", "external input"};
+            const unsigned word = (unsigned{z[2]} << 8) | z[3];
+            return std::string("AM, ") + kTone[z[0] - 1] + ", depth " + std::to_string(z[1]) +
+                   " %, carrier level word " + std::to_string(word) + raw();
+        }
+        case 0x04: {
+            const unsigned word = (unsigned{z[1]} << 16) | (unsigned{z[2]} << 8) | z[3];
+            std::string text = "FM, external input, deviation word " + std::to_string(word);
+            if (carrier.frequencyHz && *carrier.frequencyHz > 0 && carrier.tuningWord > 0) {
+                const double unitsPerHz = carrier.tuningWord / *carrier.frequencyHz;
+                text += " (" + fixed(word / unitsPerHz / 1e3, 3) + " kHz)";
+            }
+            return text + raw();
+        }
+        default:
+            return "unknown set-up" + raw();
+    }
+}
+
 std::string triggerText(std::uint8_t trigger) {
     switch (trigger) {
         case 0:
@@ -173,12 +205,7 @@ std::string Instrument::describeOutput() const {
     if (run.phaseWord)
         out += "phase word: " + phaseText(*run.phaseWord, point.a.frequencyHz) + "\n";
     out += "trigger: " + triggerText(run.trigger) + "\n";
-    if (run.setup) {
-        out += "set-up (Z):";
-        for (std::uint8_t b : *run.setup)
-            out += " " + hexByte(b);
-        out += "\n";
-    }
+    if (run.setup) out += "modulation: " + setupText(*run.setup, point.a) + "\n";
 
     switch (run.mode) {
         case Mode::ContinuousWave:

@@ -58,6 +58,7 @@ void Instrument::State::onFrame(const Frame& frame) {
     auto startPlan = [&](Mode mode, bool stepped) {
         run.mode = mode;
         run.stepped = stepped;
+        run.setup.reset();
         run.startAddress = be24(a);
         run.count = be16(a + 3);
         run.dwellCode = be16(a + 5);
@@ -84,6 +85,7 @@ void Instrument::State::onFrame(const Frame& frame) {
             run.modeSelect = a[0];
             run.mode = a[0] == 0 ? Mode::ContinuousWave : Mode::ModeSelected;
             run.stepped = false;
+            run.setup.reset();  // AM and external FM end at the next mode select
             break;
         case Command::LevelSweep:
         case Command::LevelSweepStepped:
@@ -102,6 +104,7 @@ void Instrument::State::onFrame(const Frame& frame) {
         case Command::PhaseHop:
             run.mode = Mode::PhaseHop;
             run.stepped = false;
+            run.setup.reset();
             run.hop = {be16(a), be16(a + 2), be16(a + 4)};
             break;
         case Command::Setup:

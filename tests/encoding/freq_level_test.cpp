@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <optional>
 
 #include "encoding/freq_level.hpp"
 #include "encoding/level.hpp"
 #include "encoding/synthetic_tables.hpp"
-#include "runtime/errors.hpp"
+#include "runtime/raised_by.hpp"
 #include "support/fake_driver.hpp"
 
 namespace synthor {
@@ -74,9 +73,6 @@ TEST_F(WriterFixture, RunsOfPointsGoFourteenBytesApart) {
     EXPECT_EQ(lines[0].substr(36, 2), "8D");
     EXPECT_EQ(lines[1].substr(36, 2), "6C");
     EXPECT_EQ(lines[2].substr(36, 2), "50");
-}
-
-TEST_F(WriterFixture, CountZeroWritesNothing) {
     writer.setFrequencyAndLevel(kPlanAddress, 0, 1e8, 1e6, kCompanionOffset, 0, kLevelB);
     EXPECT_TRUE(driver.take().empty());
 }
@@ -90,25 +86,22 @@ TEST_F(WriterFixture, FailedWritesAreIgnoredAndTheNextPointStillGoes) {
               4);  // each point tried twice
 }
 
-TEST_F(WriterFixture, AnAddressBeyondTwentyFourBitsStopsBeforeSending) {
-    try {
-        writer.setFrequencyAndLevel(16777216 - 14, 2, 1e8, 1e8, kCompanionOffset, 0, kLevelB);
-        FAIL() << "nothing raised";
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), errnum::Overflow);
-    }
-    EXPECT_EQ(driver.take().size(), 1u);  // the first point stays written
-    EXPECT_EQ(bands.BandClassA, 2);       // the second point was encoded before it failed
-}
+// A runtime error ends the run before its point is sent; earlier points stay written.
+TEST_F(WriterFixture, FailuresStopBeforeSending) {
+    EXPECT_EQ(testing::raisedBy([&] {
+                  writer.setFrequencyAndLevel(16777216 - 14, 2, 1e8, 1e8, kCompanionOffset, 0,
+                                              kLevelB);
+              }),
+              errnum::Overflow);
+    EXPECT_EQ(driver.take().size(), 1u);
+    EXPECT_EQ(bands.BandClassA, 2);  // the second point was encoded before its address failed
 
-TEST_F(WriterFixture, MissingCalibrationStopsBeforeSending) {
     tables.CalTable2.clear();
-    try {
-        writer.setFrequencyAndLevel(kCwAddress, 1, 1e9, 1000, kCompanionOffset, 0, kLevelB);
-        FAIL() << "nothing raised";
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), errnum::InvalidCall);
-    }
+    EXPECT_EQ(testing::raisedBy([&] {
+                  writer.setFrequencyAndLevel(kCwAddress, 1, 1e9, 1000, kCompanionOffset, 0,
+                                              kLevelB);
+              }),
+              errnum::InvalidCall);
     EXPECT_TRUE(driver.take().empty());
 }
 

@@ -293,17 +293,34 @@ TEST(SimOutput, PhaseHopShowsBothPhasesAndItsDwell) {
               "dwell: 100 us\n");
 }
 
-TEST(SimOutput, ModulationSetUpAndOtherCwPointAddress) {
+TEST(SimOutput, AmSetUpAndOtherCwPointAddress) {
     OpenedInstrument t;
     t.send(concat({memoryWrite(2000, pointRecord(2e9, 10.0f)), frame("YI", be24(2000)),
-                   frame("Z", {0x01, 0xAB, 0x00, 0x7F}), frame("YA", {1}), frame("YT", {7})}));
+                   frame("YT", {7}), frame("Z", {0x01, 0x32, 0x12, 0x7F})}));
     EXPECT_EQ(t.sim.describeOutput(),
-              "mode: modulation on (mode select 1)\n"
+              "mode: CW\n"
               "point address: 2000\n"
               "output: 2000.000000 MHz, 10.0 dBm\n"
               "companion: 2004.100000 MHz, 3.0 dBm\n"
               "trigger: code 7\n"
-              "set-up (Z): 01 AB 00 7F\n");
+              "modulation: AM, 400 Hz tone, depth 50 %, carrier level word 4735 (Z 01 32 12 7F)\n");
+    t.send(frame("YA", {0}));
+    EXPECT_EQ(t.sim.describeOutput().find("modulation:"), std::string::npos);
+}
+
+TEST(SimOutput, ExternalFmSetUpShowsTheDeviationInKilohertz) {
+    OpenedInstrument t;
+    // 100 kHz at 1000 MHz is 20000 units of the 0.2 multiplier band.
+    t.send(concat({memoryWrite(130064, pointRecord(1000e6, 0.0f)), frame("YI", be24(130064)),
+                   frame("YA", {1}), frame("Z", {0x04, 0x00, 0x4E, 0x20})}));
+    EXPECT_NE(
+        t.sim.describeOutput().find(
+            "modulation: FM, external input, deviation word 20000 (100.000 kHz) (Z 04 00 4E 20)\n"),
+        std::string::npos)
+        << t.sim.describeOutput();
+    t.send(frame("Z", {0x07, 0, 0, 0}));
+    EXPECT_NE(t.sim.describeOutput().find("modulation: unknown set-up (Z 07 00 00 00)"),
+              std::string::npos);
 }
 
 TEST(SimOutput, StoppingReturnsToTheCwPoint) {

@@ -186,11 +186,12 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(SimFrames, StartFramesAndSettingsAreKept) {
     OpenedInstrument t;
-    t.send(concat({frame("YQ", be16(0x1234)), frame("Z", {9, 8, 7, 6}), frame("YT", {2}),
-                   startFrame("YB", 0x010203, 0x0405, 0x0607)}));
+    t.send(concat({frame("YQ", be16(0x1234)), frame("Z", {9, 8, 7, 6}), frame("YT", {2})}));
+    EXPECT_EQ(t.sim.runState().setup, (std::optional<std::array<std::uint8_t, 4>>({9, 8, 7, 6})));
+    t.send(startFrame("YB", 0x010203, 0x0405, 0x0607));
     RunState r = t.sim.runState();
     EXPECT_EQ(r.phaseWord, std::optional<std::uint16_t>(0x1234));
-    EXPECT_EQ(r.setup, (std::optional<std::array<std::uint8_t, 4>>({9, 8, 7, 6})));
+    EXPECT_FALSE(r.setup.has_value());  // a start frame ends the modulation set-up
     EXPECT_EQ(r.trigger, 2);
     EXPECT_EQ(r.startAddress, 0x010203u);
     EXPECT_EQ(r.count, 0x0405);
