@@ -13,7 +13,7 @@ namespace {
 // ln 2 as the grid's octave step; this rounded value decides which octave a frequency falls in.
 constexpr double kLn2 = 0.693147;
 
-// One table step in level-word units and the word at position 2, per channel.
+// Level-word units per table position, and channel 1's word at position 2 (channel 2 has none).
 constexpr double kChannel1Step = 20 * 16;
 constexpr double kChannel1Offset = 1600;
 constexpr double kChannel2Step = 29 * 16;

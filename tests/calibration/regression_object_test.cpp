@@ -45,35 +45,22 @@ TEST(RegressionObject, FitsAndWorkingDegree) {
     }
 }
 
-TEST(RegressionObject, NegativeIndexReadsItsAbsoluteValue) {
+TEST(RegressionObject, ReadsRefitAfterNewPointsAndANewDegreeDiscardsThem) {
     RegressionObject r;
-    r.Degree(1);
-    r.XYAdd(1, -10);
-    r.XYAdd(2, -8);
-    r.XYAdd(3, -6);
-    EXPECT_DOUBLE_EQ(r.Coeff(-1), 2);
-    EXPECT_EQ(r.Coeff(7), 0);
-}
-
-TEST(RegressionObject, RegValEvaluatesTheFit) {
-    RegressionObject r;
-    for (const double x : {0.0, 1.0, 2.0, 3.0})
-        r.XYAdd(x, x * x + 1);
-    EXPECT_NEAR(r.RegVal(4), 17, 1e-9);
-    EXPECT_NEAR(r.RegVal(0), 1, 1e-9);  // 0^0 counts as 1
-
-    RegressionObject empty;
-    EXPECT_EQ(empty.RegVal(3), 0);
-}
-
-TEST(RegressionObject, PointsAddedAfterAReadAreFittedOnTheNextRead) {
-    RegressionObject r;
+    EXPECT_EQ(r.Degree(), 2);
     r.Degree(1);
     r.XYAdd(0, 0);
     r.XYAdd(1, 1);
     EXPECT_DOUBLE_EQ(r.Coeff(1), 1);
     r.XYAdd(2, 4);
-    EXPECT_DOUBLE_EQ(r.Coeff(1), 2);
+    EXPECT_DOUBLE_EQ(r.Coeff(-1), 2);  // the index's absolute value
+    EXPECT_EQ(r.Coeff(7), 0);
+    EXPECT_NEAR(r.RegVal(3), 17.0 / 3, 1e-9);  // -1/3 + 2x
+    EXPECT_NEAR(r.RegVal(0), -1.0 / 3, 1e-9);  // 0^0 counts as 1
+    r.Degree(1);
+    EXPECT_EQ(r.XYCount(), 0);
+    EXPECT_EQ(r.Coeff(0), 0);
+    EXPECT_EQ(r.RegVal(3), 0);
 }
 
 // A straight line through points that share one x cannot be solved; the coefficients stay as
@@ -124,15 +111,6 @@ TEST(RegressionObject, DegreeOutsideZeroToFourRaises6000AndChangesNothing) {
         EXPECT_EQ(r.XYCount(), 2);
         EXPECT_DOUBLE_EQ(r.Coeff(1), 2);
     }
-}
-
-TEST(RegressionObject, ANewDegreeDiscardsThePoints) {
-    RegressionObject r;
-    EXPECT_EQ(r.Degree(), 2);
-    r.XYAdd(1, 1);
-    r.Degree(2);
-    EXPECT_EQ(r.XYCount(), 0);
-    EXPECT_EQ(r.Coeff(0), 0);
 }
 
 }  // namespace
