@@ -6,8 +6,10 @@
 
 #include "calibration/sig_gen_routines.hpp"
 #include "encoding/packing.hpp"
+#include "encoding/phase.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/format.hpp"
+#include "runtime/text.hpp"
 
 namespace synthor {
 namespace {
@@ -21,21 +23,7 @@ constexpr double kMinLevel = -25;
 constexpr double kMaxLevel = 17;
 constexpr double kCwStep = 1000.0;
 
-// Phase words run 16384 to the turn at the output; in the divided bands the word is scaled down
-// by the band's factor, tested from the highest band down (MHz).
-constexpr float kPhaseFullScale = 360;
-struct PhaseDivisor {
-    float fromMHz;
-    double divisor;
-};
-constexpr std::array<PhaseDivisor, 6> kPhaseDivisors = {{
-    {4000, 200},
-    {2000, 100},
-    {1000, 50},
-    {500, 25},
-    {250, 12.5},
-    {125, 6.25},
-}};
+constexpr float kPhaseFullScale = 360;  // larger phases are sent as a full turn
 
 constexpr std::uint8_t kLockMask = 5;
 
@@ -114,15 +102,8 @@ std::string Synthor_01_vexa::SetPhase(const Variant& phase) {
     }
     float p = csng(std::fabs(toDouble(phase)));
     if (p > kPhaseFullScale) p = kPhaseFullScale;
-    std::int32_t word = clng(p * 16384.0f / kPhaseFullScale);  // single precision throughout
-    const float fMHz = csng(s.CWFrequency / 1e6);
-    for (const PhaseDivisor& band : kPhaseDivisors) {
-        if (fMHz >= band.fromMHz) {
-            word = clng(std::floor(word / band.divisor + 0.5));
-            break;
-        }
-    }
-    const TwoBytes w = splitTwo(word);
+    const float fMHz = csng(s.CWFrequency / 1e6);  // the band is chosen in single precision
+    const TwoBytes w = splitTwo(bandScaledPhaseWord(phaseWordOf(p), fMHz));
     s.link.WriteUSB(std::string{'Y', 'Q', static_cast<char>(w.high), static_cast<char>(w.low)});
     return "OK";
 }
@@ -160,17 +141,6 @@ std::string Synthor_01_vexa::LockStatus() {
 }
 
 namespace {
-
-bool sameName(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (std::tolower(static_cast<unsigned char>(a[i])) !=
-            std::tolower(static_cast<unsigned char>(b[i]))) {
-            return false;
-        }
-    }
-    return true;
-}
 
 using Args = std::span<const Variant>;
 
@@ -210,7 +180,7 @@ std::span<const AutomationMethod> automationMethods() {
 
 const AutomationMethod* findAutomationMethod(std::string_view name) {
     for (const auto& m : kMethods) {
-        if (sameName(m.name, name)) return &m;
+        if (equalsIgnoreCase(m.name, name)) return &m;
     }
     return nullptr;
 }

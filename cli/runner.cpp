@@ -14,6 +14,7 @@
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
 #include "runtime/errors.hpp"
+#include "runtime/text.hpp"
 #include "sim/sim_instrument.hpp"
 
 namespace synthor::cli {
@@ -174,13 +175,6 @@ class ScriptPrompts final : public Prompts {
     std::deque<std::string> answers_;
 };
 
-std::string lower(std::string_view s) {
-    std::string out(s);
-    for (char& c : out)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return out;
-}
-
 class Runner {
   public:
     Runner(const Options& o, std::ostream& out, std::ostream& err)
@@ -214,7 +208,7 @@ class Runner {
     }
 
     void call(const ScriptCall& c, const std::string& where) {
-        const std::string name = lower(c.name);
+        const std::string name = lcase(c.name);
         if (name == "sim.output") {
             if (!instrument_) {
                 err_ << "synthor: " << where << "Sim.Output needs --sim\n";

@@ -4,23 +4,9 @@
 #include <stdexcept>
 
 #include "runtime/errors.hpp"
+#include "runtime/text.hpp"
 
 namespace synthor::panel {
-namespace {
-
-bool sameName(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (std::tolower(static_cast<unsigned char>(a[i])) !=
-            std::tolower(static_cast<unsigned char>(b[i]))) {
-            return false;
-        }
-    }
-    return true;
-}
-
-}  // namespace
-
 FreqGen2::FreqGen2() : panels_(statuspanel::Count) {
     const auto layout = formLayout();
     controls_.reserve(layout.size());
@@ -33,14 +19,14 @@ FreqGen2::FreqGen2() : panels_(statuspanel::Count) {
 
 Control* FreqGen2::lookup(std::string_view name) {
     for (auto& c : controls_) {
-        if (sameName(c.name(), name)) return &c;
+        if (equalsIgnoreCase(c.name(), name)) return &c;
     }
     return nullptr;
 }
 
 const Control* FreqGen2::lookup(std::string_view name) const {
     for (const auto& c : controls_) {
-        if (sameName(c.name(), name)) return &c;
+        if (equalsIgnoreCase(c.name(), name)) return &c;
     }
     return nullptr;
 }

@@ -13,6 +13,7 @@
 #include "plans/plan_text.hpp"
 #include "plans/trigger.hpp"
 #include "runtime/convert.hpp"
+#include "runtime/text.hpp"
 
 namespace synthor {
 namespace {
@@ -107,13 +108,13 @@ std::string phaseWorker(Session& s, double freqMHz, float phase) {
 
 std::string fmWorker(Session& s, double freqMHz, double deviationKHz, float level,
                      const std::string& rate, const std::string& sw) {
-    if (upperCase(sw) != kOn) return stopModulation(s);
+    if (ucase(sw) != kOn) return stopModulation(s);
     const double f = freqMHz * 1e6;
     if (!hzAllowed(f)) return std::string(text::FmFreq);
     if (!levelAllowed(level)) return std::string(text::FmLevel);
     const double deviation = std::fabs(deviationKHz);
     if (deviation > kMaxDeviationKHz) return std::string(text::FmDeviation);
-    const std::int32_t points = upperCase(rate) == kRate400 ? kFm400Points : kFm1kPoints;
+    const std::int32_t points = ucase(rate) == kRate400 ? kFm400Points : kFm1kPoints;
     s.freqLevel.writeFmTable(kPlanAddress, points, f, deviation * 1000.0, kCompanionOffset, level,
                              kLevelB);
     send(s, modeSelectFrame(mode::Modulation));
@@ -132,7 +133,7 @@ std::int32_t deviationWord(double f, double deviationHz) {
 
 std::string fmExtWorker(Session& s, double freqMHz, double deviationKHz, float level,
                         const std::string& sw) {
-    if (upperCase(sw) != kOn) return stopModulation(s);
+    if (ucase(sw) != kOn) return stopModulation(s);
     const double f = freqMHz * 1e6;
     if (f < kMinHz) return std::string(text::ExtFmLow);
     if (f > kMaxHz) return std::string(text::ExtFmHigh);
@@ -161,12 +162,12 @@ void startAm(Session& s, double f, float level, float depth, std::uint8_t functi
 
 std::string amWorker(Session& s, double freqMHz, float depth, float level, const std::string& rate,
                      const std::string& sw) {
-    if (upperCase(sw) != kOn) return stopModulation(s);
+    if (ucase(sw) != kOn) return stopModulation(s);
     const double f = freqMHz * 1e6;
     if (!hzAllowed(f)) return std::string(text::AmFreq);
     if (!levelAllowed(level)) return std::string(text::AmLevel);
     if (depth < kMinDepth || depth > kMaxDepth) return std::string(text::AmDepth);
-    const bool tone400 = upperCase(rate) == kRate400;
+    const bool tone400 = ucase(rate) == kRate400;
     startAm(s, f, level, depth, tone400 ? setup::Am400Hz : setup::Am1kHz,
             tone400 ? panel::status::Am400 : panel::status::Am1k);
     return std::string(kOK);
@@ -174,7 +175,7 @@ std::string amWorker(Session& s, double freqMHz, float depth, float level, const
 
 std::string amExtWorker(Session& s, double freqMHz, float depth, float level,
                         const std::string& sw) {
-    if (upperCase(sw) != kOn) return stopModulation(s);
+    if (ucase(sw) != kOn) return stopModulation(s);
     const double f = freqMHz * 1e6;
     if (!hzAllowed(f)) return std::string(text::AmFreq);
     if (!levelAllowed(level)) return std::string(text::AmLevel);
@@ -284,11 +285,11 @@ const std::array kKeywords = std::to_array<Keyword>({
     {"READCOMPLEXPLAN",
      [](Session& s, const Params& p) { return readComplexPlan(s, p.str(1)); }},
     {"FREQSWEEP",
-     [](Session& s, const Params& p) { return GoSigGenFreqSweep(s, upperCase(p.str(1))); }},
+     [](Session& s, const Params& p) { return GoSigGenFreqSweep(s, ucase(p.str(1))); }},
     {"LEVSWEEP",
-     [](Session& s, const Params& p) { return GoSigGenLevSweep(s, upperCase(p.str(1))); }},
+     [](Session& s, const Params& p) { return GoSigGenLevSweep(s, ucase(p.str(1))); }},
     {"COMPLEXSWEEP",
-     [](Session& s, const Params& p) { return GoSigGenCplxSweep(s, upperCase(p.str(1))); }},
+     [](Session& s, const Params& p) { return GoSigGenCplxSweep(s, ucase(p.str(1))); }},
     {"SETTRIGGER",
      [](Session& s, const Params& p) {
          SetTriggerMode(s, p.integer(1));
@@ -315,7 +316,7 @@ std::span<const std::string_view> sigGenKeywords() {
 }
 
 std::string SetSigGen(Session& s, const Variant& command, std::span<const Variant> params) {
-    const std::string keyword = upperCase(toText(command));
+    const std::string keyword = ucase(toText(command));
     if (s.link.InstrumentFound == kFalse) return std::string(text::NoInstrumentFound);
     const Params p(params);
     for (const Keyword& k : kKeywords) {

@@ -51,10 +51,7 @@ std::string GoSigGenLevSweep(Session& s, std::string_view sw) {
 
 std::int32_t complexPhaseWord(float phase, double freqHz) {
     if (phase > 360.0F) phase = 360.0F;
-    const std::int32_t word = phaseWordOf(phase);
-    const double divisor = phaseDivisor(freqHz / 1e6);
-    if (divisor == 0.0) return word;
-    return clng(fix(word / divisor + 0.5));
+    return bandScaledPhaseWord(phaseWordOf(phase), freqHz / 1e6);
 }
 
 std::string GoSigGenCplxSweep(Session& s, std::string_view sw) {

@@ -21,16 +21,4 @@ float roundLevel(float level) {
     return static_cast<float>(roundHalfEven(level, 1));
 }
 
-double phaseDivisor(double fMHz) {
-    for (const PhaseDivisor& d : kPhaseDivisors) {
-        if (fMHz >= d.fromMHz) return d.divisor;
-    }
-    return 0.0;
-}
-
-std::int32_t phaseWordOf(float degrees) {
-    const float word = degrees * 16384.0F / 360.0F;
-    return clng(word);
-}
-
 }  // namespace synthor

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "automation/session.hpp"
+#include "encoding/phase.hpp"
 #include "plans/sweep_frames.hpp"
 
 namespace synthor {
@@ -48,25 +49,5 @@ inline void send(Session& s, std::string_view frame) {
 
 // The runtime's Round(x, 1) of a single, ties to even.
 float roundLevel(float level);
-
-// Phase words are divided by the output band's multiplication factor from 125 MHz up.
-struct PhaseDivisor {
-    double fromMHz;
-    double divisor;
-};
-inline constexpr std::array<PhaseDivisor, 6> kPhaseDivisors = {{
-    {4000, 200},
-    {2000, 100},
-    {1000, 50},
-    {500, 25},
-    {250, 12.5},
-    {125, 6.25},
-}};
-
-// The divisor of the first row whose frequency fMHz reaches; 0 below 125 MHz.
-double phaseDivisor(double fMHz);
-
-// A 14-bit phase word: degrees x 16384 / 360 in single precision, rounded half to even.
-std::int32_t phaseWordOf(float degrees);
 
 }  // namespace synthor

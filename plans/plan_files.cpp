@@ -12,6 +12,7 @@
 #include "plans/plan_text.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/errors.hpp"
+#include "runtime/text.hpp"
 
 namespace synthor {
 namespace {
@@ -73,7 +74,7 @@ ScanEnd scanPlan(std::string_view text, std::span<const Marker> markers, std::si
     while (!in.atEnd()) {
         const auto item = in.nextItem();
         if (!item) break;
-        const std::string upper = upperCase(*item);
+        const std::string upper = ucase(*item);
         const Marker* hit = nullptr;
         for (const Marker& m : markers) {
             if (m.text == upper) hit = &m;

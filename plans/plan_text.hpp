@@ -32,9 +32,6 @@ class PlanText {
     std::size_t pos_ = 0;
 };
 
-// ASCII upper case.
-std::string upperCase(std::string_view text);
-
 // Every occurrence of `from` replaced by `to`, left to right, without overlaps.
 std::string replaceAll(std::string_view text, std::string_view from, std::string_view to);
 

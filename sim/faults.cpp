@@ -3,6 +3,7 @@
 #include <charconv>
 #include <limits>
 
+#include "runtime/text.hpp"
 #include "sim/sim_instrument.hpp"
 
 namespace synthor::sim {
@@ -34,14 +35,6 @@ std::string_view trimmed(std::string_view s) {
     return s;
 }
 
-std::string lowered(std::string_view s) {
-    std::string out(s);
-    for (char& c : out) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return out;
-}
-
 // A decimal count 0..INT_MAX, digits only.
 bool parseCount(std::string_view text, int& value) {
     if (text.empty()) return false;
@@ -57,7 +50,7 @@ bool parseCount(std::string_view text, int& value) {
 bool applyFault(std::string_view spec, Faults& faults, std::string& error) {
     spec = trimmed(spec);
     const auto eq = spec.find('=');
-    const std::string name = lowered(trimmed(spec.substr(0, eq)));
+    const std::string name = lcase(trimmed(spec.substr(0, eq)));
     int n = 1;
     if (eq != std::string_view::npos && !parseCount(trimmed(spec.substr(eq + 1)), n)) {
         error = "bad count in fault \"" + std::string(spec) + "\" (a whole number 0 or more)";
