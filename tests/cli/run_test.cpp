@@ -60,6 +60,7 @@ TEST(Tool, TraceFileIsWrittenFromTheFirstDriverCall) {
 }
 
 struct UsageCase {
+    const char* name;
     std::vector<std::string> args;
     const char* says;
 };
@@ -75,18 +76,23 @@ TEST_P(Usage, IsRefusedWithStatusTwo) {
 
 INSTANTIATE_TEST_SUITE_P(
     Errors, Usage,
-    ::testing::Values(UsageCase{{}, "nothing to do"}, UsageCase{{"--sim"}, "nothing to do"},
-                      UsageCase{{"--bogus", "DLLVer"}, "unknown option --bogus"},
-                      UsageCase{{"--trace"}, "--trace needs a value"},
-                      UsageCase{{"--sim-status", "R", "DLLVer"}, "need --sim"},
-                      UsageCase{{"--sim", "--sim-status", "RS", "DLLVer"}, "one character"},
-                      UsageCase{{"--sim", "--sim-lock", "256", "DLLVer"}, "--sim-lock"},
-                      UsageCase{{"--sim", "--sim-lock", "0xZZ", "DLLVer"}, "--sim-lock"},
-                      UsageCase{{"--sim", "--sim-fault", "bogus", "DLLVer"}, "bogus"},
-                      UsageCase{{"--sim", "--sim-eeprom", "/nonexistent.bin", "DLLVer"},
-                                "nonexistent"},
-                      UsageCase{{"--sim", "--script", "/nonexistent/script.txt"}, "cannot read"},
-                      UsageCase{{"--sim", "--script", "-", "DLLVer"}, "not both"}));
+    ::testing::Values(
+        UsageCase{"NoCall", {}, "nothing to do"},
+        UsageCase{"SimButNoCall", {"--sim"}, "nothing to do"},
+        UsageCase{"UnknownOption", {"--bogus", "DLLVer"}, "unknown option --bogus"},
+        UsageCase{"OptionWithoutValue", {"--trace"}, "--trace needs a value"},
+        UsageCase{"SimOptionWithoutSim", {"--sim-status", "R", "DLLVer"}, "need --sim"},
+        UsageCase{"LongStatus", {"--sim", "--sim-status", "RS", "DLLVer"}, "one character"},
+        UsageCase{"LockTooBig", {"--sim", "--sim-lock", "256", "DLLVer"}, "--sim-lock"},
+        UsageCase{"LockBadHex", {"--sim", "--sim-lock", "0xZZ", "DLLVer"}, "--sim-lock"},
+        UsageCase{"UnknownFault", {"--sim", "--sim-fault", "bogus", "DLLVer"}, "bogus"},
+        UsageCase{"MissingEeprom",
+                  {"--sim", "--sim-eeprom", "/nonexistent.bin", "DLLVer"},
+                  "nonexistent"},
+        UsageCase{
+            "UnreadableScript", {"--sim", "--script", "/nonexistent/script.txt"}, "cannot read"},
+        UsageCase{"ScriptAndCall", {"--sim", "--script", "-", "DLLVer"}, "not both"}),
+    [](const ::testing::TestParamInfo<UsageCase>& c) { return std::string(c.param.name); });
 
 TEST(Tool, SimLockAcceptsDecimalAndHex) {
     EXPECT_EQ(runTool({"--sim", "--sim-lock", "0x05", "DLLVer"}).status, 0);

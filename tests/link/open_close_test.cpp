@@ -86,7 +86,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(ConfigCase{"FT_SetTimeouts", "SetTimeouts Failed", 1},
                       ConfigCase{"FT_SetUSBParameters", "Set USB Failed", 2},
                       ConfigCase{"FT_SetLatencyTimer", "Latency Timer Set Failed", 3},
-                      ConfigCase{"FT_SetFlowControl", "Flow Control Set Failed", 4}));
+                      ConfigCase{"FT_SetFlowControl", "Flow Control Set Failed", 4}),
+    [](const ::testing::TestParamInfo<ConfigCase>& c) { return std::string(c.param.entry + 3); });
 
 TEST_F(LinkFixture, ByDescriptionAFailedCloseTriesToOpenCloseFailed) {
     driver.fail("FT_SetUSBParameters");

@@ -42,6 +42,7 @@ struct SimLink {
 };
 
 struct OpenCase {
+    const char* name;
     std::vector<std::string> faults;
     bool bySerial;
     const char* result;
@@ -64,20 +65,27 @@ const std::string kOpen = "FT_OpenEx \"VexaSource Series Agile Synthesizer\" 2 =
 INSTANTIATE_TEST_SUITE_P(
     Faults, SimOpen,
     ::testing::Values(
-        OpenCase{{}, false, "OK", "FT_SetFlowControl 256 17 19 = 0"},
-        OpenCase{{"open=1"}, false, "", "FT_CyclePort = 1"},  // nothing open yet to cycle
-        OpenCase{{"open=1"}, true, "", "FT_OpenEx \"VX000001\" 1 = 0"},
-        OpenCase{{"open=2"},
+        OpenCase{"Clean", {}, false, "OK", "FT_SetFlowControl 256 17 19 = 0"},
+        OpenCase{
+            "OpenRetry", {"open=1"}, false, "", "FT_CyclePort = 1"},  // nothing open yet to cycle
+        OpenCase{"SerialOpenRetry", {"open=1"}, true, "", "FT_OpenEx \"VX000001\" 1 = 0"},
+        OpenCase{"OpenFails",
+                 {"open=2"},
                  false,
                  "Open Failed",
                  "FT_OpenEx \"VexaSource Series Agile Synthesizer\" 2 = 4"},
-        OpenCase{{"timeouts"}, false, "SetTimeouts Failed", "FT_Close = 0"},
-        OpenCase{{"usbparams"}, false, "Set USB Failed", "FT_Close = 0"},
-        OpenCase{{"latency"}, false, "Latency Timer Set Failed", "FT_Close = 0"},
-        OpenCase{{"flow"}, false, "Flow Control Set Failed", "FT_Close = 0"},
+        OpenCase{"Timeouts", {"timeouts"}, false, "SetTimeouts Failed", "FT_Close = 0"},
+        OpenCase{"UsbParams", {"usbparams"}, false, "Set USB Failed", "FT_Close = 0"},
+        OpenCase{"Latency", {"latency"}, false, "Latency Timer Set Failed", "FT_Close = 0"},
+        OpenCase{"Flow", {"flow"}, false, "Flow Control Set Failed", "FT_Close = 0"},
+        OpenCase{"CloseFailsByDescription",
+                 {"usbparams", "close"},
+                 false,
+                 "Set USB Failed",
+                 "FT_OpenEx \"Close Failed\" 2 = 2"},
         OpenCase{
-            {"usbparams", "close"}, false, "Set USB Failed", "FT_OpenEx \"Close Failed\" 2 = 2"},
-        OpenCase{{"usbparams", "close"}, true, "Close Failed", "FT_Close = 4"}));
+            "CloseFailsBySerial", {"usbparams", "close"}, true, "Close Failed", "FT_Close = 4"}),
+    [](const ::testing::TestParamInfo<OpenCase>& c) { return std::string(c.param.name); });
 
 TEST(SimLinkExchange, SecondOpenWhileOpenGoesThroughTheRetryAndGivesEmpty) {
     SimLink s({});
