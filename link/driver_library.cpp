@@ -1,7 +1,5 @@
 #include "link/driver_library.hpp"
 
-#include <memory>
-
 #ifdef _WIN32
 #include <windows.h>
 #define SYNTHOR_D2XX_CALL __stdcall
@@ -59,9 +57,6 @@ void* symbol(LibHandle lib, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(lib, name));
 }
 
-void closeLibrary(LibHandle lib) {
-    FreeLibrary(lib);
-}
 #else
 using LibHandle = void*;
 
@@ -78,9 +73,6 @@ void* symbol(LibHandle lib, const char* name) {
     return dlsym(lib, name);
 }
 
-void closeLibrary(LibHandle lib) {
-    dlclose(lib);
-}
 #endif
 
 template <typename Fn>
@@ -125,8 +117,8 @@ DriverLoad loadDriverLibrary(const std::string& path) {
                          "); no instrument can be opened.";
         return out;
     }
-    // The library stays loaded while any table entry refers to it.
-    auto lib = std::shared_ptr<void>(raw, [](void* p) { closeLibrary(static_cast<LibHandle>(p)); });
+    // The driver library stays loaded for the life of the process: a vendor driver may keep
+    // threads of its own running, and tables copied anywhere keep pointing into it.
 
     std::string missing;
     const auto openEx = entry<OpenExFn>(raw, "FT_OpenEx", missing);
@@ -152,28 +144,26 @@ DriverLoad loadDriverLibrary(const std::string& path) {
     }
 
     d2xx::DriverTable& t = out.table;
-    t.openEx = [lib, openEx](const char* arg, uint32_t flags, Handle* h) {
+    t.openEx = [openEx](const char* arg, uint32_t flags, Handle* h) {
         return openEx(const_cast<char*>(arg), flags, h);
     };
-    t.close = [lib, close](Handle h) { return close(h); };
-    t.cyclePort = [lib, cycle](Handle h) { return cycle ? cycle(h) : d2xx::NotSupported; };
-    t.setTimeouts = [lib, setTimeouts](Handle h, uint32_t r, uint32_t w) {
+    t.close = [close](Handle h) { return close(h); };
+    t.cyclePort = [cycle](Handle h) { return cycle ? cycle(h) : d2xx::NotSupported; };
+    t.setTimeouts = [setTimeouts](Handle h, uint32_t r, uint32_t w) {
         return setTimeouts(h, r, w);
     };
-    t.setUsbParameters = [lib, setUsb](Handle h, uint32_t i, uint32_t o) {
-        return setUsb(h, i, o);
-    };
-    t.setLatencyTimer = [lib, setLatency](Handle h, uint8_t ms) { return setLatency(h, ms); };
-    t.setFlowControl = [lib, setFlow](Handle h, uint16_t f, uint8_t on, uint8_t off) {
+    t.setUsbParameters = [setUsb](Handle h, uint32_t i, uint32_t o) { return setUsb(h, i, o); };
+    t.setLatencyTimer = [setLatency](Handle h, uint8_t ms) { return setLatency(h, ms); };
+    t.setFlowControl = [setFlow](Handle h, uint16_t f, uint8_t on, uint8_t off) {
         return setFlow(h, f, on, off);
     };
-    t.write = [lib, write](Handle h, const void* data, uint32_t n, uint32_t* done) {
+    t.write = [write](Handle h, const void* data, uint32_t n, uint32_t* done) {
         return write(h, const_cast<void*>(data), n, done);
     };
-    t.read = [lib, read](Handle h, void* data, uint32_t n, uint32_t* done) {
+    t.read = [read](Handle h, void* data, uint32_t n, uint32_t* done) {
         return read(h, data, n, done);
     };
-    t.purge = [lib, purge](Handle h, uint32_t mask) { return purge(h, mask); };
+    t.purge = [purge](Handle h, uint32_t mask) { return purge(h, mask); };
     out.available = true;
     return out;
 }

@@ -1,6 +1,7 @@
 // The tool end to end in-process: options, exit statuses, output rules, against the simulator.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -23,14 +24,18 @@ Result runTool(std::vector<std::string> args, const std::string& input = "") {
     return {status, out.str(), err.str()};
 }
 
-TEST(Tool, DllVerWorksWithoutAnInstrument) {
-    const Result r = runTool({"--sim", "DLLVer"});
+// DLLVer needs no instrument and makes no driver call; the trace file is still made. Call names
+// are case-insensitive and --sim-lock takes decimal or hex.
+TEST(Tool, DllVerRunsWithoutAnInstrumentAndTheTraceFileIsMade) {
+    const auto path = std::filesystem::temp_directory_path() / "synthor-run-test-trace.txt";
+    std::filesystem::remove(path);
+    const Result r = runTool({"--sim", "--sim-lock", "0x05", "--trace", path.string(), "dllver"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out, "V1.0 Jan 2019\n");
-}
-
-TEST(Tool, CallNamesAreCaseInsensitive) {
-    EXPECT_EQ(runTool({"--sim", "dllver"}).out, "V1.0 Jan 2019\n");
+    EXPECT_TRUE(std::filesystem::exists(path));
+    EXPECT_EQ(std::filesystem::file_size(path), 0u);
+    std::filesystem::remove(path);
+    EXPECT_EQ(runTool({"--sim", "--sim-lock", "255", "DLLVer"}).status, 0);
 }
 
 TEST(Tool, ScriptWithUnknownCallsAndOddQuotingRunsToItsEnd) {
@@ -50,60 +55,36 @@ TEST(Tool, ScriptWithUnknownCallsAndOddQuotingRunsToItsEnd) {
     EXPECT_NE(r.err.find("line 5: unknown call Frobnicate"), std::string::npos);
 }
 
-TEST(Tool, TraceFileIsWrittenFromTheFirstDriverCall) {
-    const auto path = std::filesystem::temp_directory_path() / "synthor-run-test-trace.txt";
-    std::filesystem::remove(path);
-    EXPECT_EQ(runTool({"--sim", "--trace", path.string(), "DLLVer"}).status, 0);
-    EXPECT_TRUE(std::filesystem::exists(path));
-    EXPECT_EQ(std::filesystem::file_size(path), 0u);  // DLLVer makes no driver call
-    std::filesystem::remove(path);
-}
-
-struct UsageCase {
-    const char* name;
-    std::vector<std::string> args;
-    const char* says;
-};
-
-class Usage : public ::testing::TestWithParam<UsageCase> {};
-
-TEST_P(Usage, IsRefusedWithStatusTwo) {
-    const Result r = runTool(GetParam().args);
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find(GetParam().says), std::string::npos) << r.err;
-    EXPECT_TRUE(r.out.empty());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Errors, Usage,
-    ::testing::Values(
-        UsageCase{"NoCall", {}, "nothing to do"},
-        UsageCase{"SimButNoCall", {"--sim"}, "nothing to do"},
-        UsageCase{"UnknownOption", {"--bogus", "DLLVer"}, "unknown option --bogus"},
-        UsageCase{"OptionWithoutValue", {"--trace"}, "--trace needs a value"},
-        UsageCase{"SimOptionWithoutSim", {"--sim-status", "R", "DLLVer"}, "need --sim"},
-        UsageCase{"LongStatus", {"--sim", "--sim-status", "RS", "DLLVer"}, "one character"},
-        UsageCase{"LockTooBig", {"--sim", "--sim-lock", "256", "DLLVer"}, "--sim-lock"},
-        UsageCase{"LockBadHex", {"--sim", "--sim-lock", "0xZZ", "DLLVer"}, "--sim-lock"},
-        UsageCase{"UnknownFault", {"--sim", "--sim-fault", "bogus", "DLLVer"}, "bogus"},
-        UsageCase{"MissingEeprom",
-                  {"--sim", "--sim-eeprom", "/nonexistent.bin", "DLLVer"},
-                  "nonexistent"},
-        UsageCase{
-            "UnreadableScript", {"--sim", "--script", "/nonexistent/script.txt"}, "cannot read"},
-        UsageCase{"ScriptAndCall", {"--sim", "--script", "-", "DLLVer"}, "not both"}),
-    [](const ::testing::TestParamInfo<UsageCase>& c) { return std::string(c.param.name); });
-
-TEST(Tool, SimLockAcceptsDecimalAndHex) {
-    EXPECT_EQ(runTool({"--sim", "--sim-lock", "0x05", "DLLVer"}).status, 0);
-    EXPECT_EQ(runTool({"--sim", "--sim-lock", "255", "DLLVer"}).status, 0);
+TEST(Tool, UsageErrorsAreRefusedWithStatusTwo) {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{}, "nothing to do"},
+        {{"--bogus", "DLLVer"}, "unknown option --bogus"},
+        {{"--trace"}, "--trace needs a value"},
+        {{"--sim-status", "R", "DLLVer"}, "need --sim"},
+        {{"--sim", "--sim-status", "RS", "DLLVer"}, "one character"},
+        {{"--sim", "--sim-lock", "256", "DLLVer"}, "--sim-lock"},
+        {{"--sim", "--sim-fault", "bogus", "DLLVer"}, "bogus"},
+        {{"--sim", "--sim-eeprom", "/nonexistent.bin", "DLLVer"}, "nonexistent"},
+        {{"--sim", "--script", "/nonexistent/script.txt"}, "cannot read"},
+        {{"--sim", "--script", "-", "DLLVer"}, "not both"}};
+    for (const auto& [args, says] : cases) {
+        const Result r = runTool(args);
+        EXPECT_EQ(r.status, 2) << says;
+        EXPECT_NE(r.err.find(says), std::string::npos) << r.err;
+        EXPECT_TRUE(r.out.empty()) << says;
+    }
 }
 
 TEST(Tool, WithoutTheDriverLibraryOpensFailWithADiagnostic) {
-    // No driver library is installed where tests run, so nothing can be found.
-    const Result r = runTool({"--script", "-"}, "DLLVer\n");
+    // No driver library is on the search path where tests run (the drop-in one sits in the
+    // build folder), so the first open says why once and every open fails.
+    if (std::getenv("LD_LIBRARY_PATH")) GTEST_SKIP() << "a library path is set";
+    const Result r = runTool({"--script", "-"}, "DLLVer\nFND\nFND\n");
     EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, "V1.0 Jan 2019\n");
+    EXPECT_EQ(r.out, "V1.0 Jan 2019\n0\n0\n");
+    const auto first = r.err.find("no instrument can be opened");
+    EXPECT_NE(first, std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find("no instrument can be opened", first + 1), std::string::npos) << r.err;
 }
 
 TEST(Tool, FindAndSetACarrierEndToEndWithTheTrace) {
@@ -121,7 +102,6 @@ TEST(Tool, FindAndSetACarrierEndToEndWithTheTrace) {
     std::filesystem::remove(path);
     ASSERT_GT(lines.size(), 480u);  // identity and 480 calibration exchanges
     EXPECT_EQ(lines[0], "FT_OpenEx \"VexaSource Series Agile Synthesizer\" 2 = 0");
-    EXPECT_EQ(lines[4], "FT_SetFlowControl 256 17 19 = 0");
     EXPECT_EQ(lines[7], "FT_Write 50 0B 00 02 = 0");  // the first identity block
     EXPECT_EQ(lines[lines.size() - 2].substr(0, 23), "FT_Write 57 0E 01 FC 10");
     EXPECT_EQ(lines.back(), "FT_Write 59 49 01 FC 10 = 0");

@@ -14,13 +14,6 @@
 
 namespace synthor::testing {
 
-// One entry as the instrument stores it: sign bit and 15-bit magnitude, big-endian, in tenths.
-inline std::string calEntryBytes(int tenths) {
-    const int magnitude = std::abs(tenths);
-    const int high = (magnitude >> 8) | (tenths < 0 ? 0x80 : 0);
-    return {static_cast<char>(high), static_cast<char>(magnitude & 0xFF)};
-}
-
 inline int channel1Tenths(int record, int k) {
     return 100 - 10 * (k - 1) + (record - 1);
 }
@@ -28,18 +21,16 @@ inline int channel2Tenths(int record, int k) {
     return -100 + 10 * (k - 1) - 5 * ((record - 1) % 4);
 }
 
-inline int channel1Word(int record, int dBm) {
-    return 5120 + 32 * (record - 1) - 320 * dBm;
-}
-inline int channel2Word(int record, int dBm) {
-    return 464 * (dBm + 11) + 232 * ((record - 1) % 4);
-}
-
+// A 35-entry record as the instrument stores it: per entry, a sign bit and 15-bit magnitude,
+// big-endian, in tenths of a dBm.
 template <typename Entry>
 std::string syntheticRecord(int record, Entry entry) {
     std::string r;
-    for (int k = 1; k <= 35; ++k)
-        r += calEntryBytes(entry(record, k));
+    for (int k = 1; k <= 35; ++k) {
+        const int tenths = entry(record, k), magnitude = std::abs(tenths);
+        r += static_cast<char>((magnitude >> 8) | (tenths < 0 ? 0x80 : 0));
+        r += static_cast<char>(magnitude & 0xFF);
+    }
     return r;
 }
 

@@ -10,7 +10,6 @@ namespace {
 
 using testing::FakeClock;
 using testing::FakeDriver;
-using testing::FakeRead;
 using testing::RecordingPrompts;
 using Lines = std::vector<std::string>;
 
@@ -20,11 +19,6 @@ struct ExchangeFixture : ::testing::Test {
     FakeClock clock;
     UsbLink link{driver.table(), prompts, clock};
 };
-
-TEST_F(ExchangeFixture, WriteSendsTheWholeFrameOnce) {
-    EXPECT_EQ(link.WriteUSB(std::string("YI\x01\xFC\x10", 5)), "OK");
-    EXPECT_EQ(driver.take(), Lines{"FT_Write 59 49 01 FC 10 = 0"});
-}
 
 TEST_F(ExchangeFixture, FailedWriteCyclesThePortAndRetriesOnce) {
     driver.fail("FT_Write", 2);
@@ -43,18 +37,16 @@ TEST_F(ExchangeFixture, FailedCycleReopensByTheEmptyDescriptionAndPurgesBoth) {
                      "FT_Purge 1 = 0", "FT_Purge 2 = 0", "FT_Write 51 = 0"}));
 }
 
-TEST_F(ExchangeFixture, AFailedReceivePurgeSkipsTheTransmitPurge) {
-    driver.fail("FT_Write");
-    driver.fail("FT_CyclePort");
-    driver.fail("FT_Purge");
-    link.WriteUSB("Q");
-    const Lines lines = driver.take();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "FT_Purge 1 = 4"), 1);
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "FT_Purge 2 = 0"), 0);
+// A failed receive purge skips the transmit purge.
+TEST_F(ExchangeFixture, PurgeResults) {
     EXPECT_EQ(link.PurgeUSB(), "OK");
+    driver.fail("FT_Purge");
+    EXPECT_EQ(link.PurgeUSB(), "Error");
     driver.fail("FT_Purge", 1, d2xx::Ok);
     driver.fail("FT_Purge");
     EXPECT_EQ(link.PurgeUSB(), "Error");
+    EXPECT_EQ(driver.take(), (Lines{"FT_Purge 1 = 0", "FT_Purge 2 = 0", "FT_Purge 1 = 4",
+                                    "FT_Purge 1 = 0", "FT_Purge 2 = 4"}));
 }
 
 TEST_F(ExchangeFixture, SilentReadTimesOutAndTheFlagSticks) {
@@ -68,16 +60,15 @@ TEST_F(ExchangeFixture, SilentReadTimesOutAndTheFlagSticks) {
     EXPECT_EQ(driver.take(), Lines{"FT_Read 70 = 0 : " + hexBytes(std::string(40, 'a'))});
 }
 
-TEST_F(ExchangeFixture, ChunkedReplyIsGatheredAskingForTheFullCountEachTime) {
+// A reply in pieces is gathered asking for the full count each time; more than asked for is
+// taken too, reading on until a read times out.
+TEST_F(ExchangeFixture, ChunkedReplyIsGatheredAndAnOvershootReadsOnUntilATimeOut) {
     driver.reads = {{d2xx::Ok, "abc"}, {d2xx::Ok, "de"}, {d2xx::Ok, "f"}};
     EXPECT_EQ(link.ReadUSB(6), "abcdef");
     EXPECT_EQ(driver.take(),
               (Lines{"FT_Read 6 = 0 : 61 62 63", "FT_Read 6 = 0 : 64 65", "FT_Read 6 = 0 : 66"}));
     EXPECT_EQ(link.TotalRead, 6);
     EXPECT_EQ(link.ReadTimedOut, kFalse);
-}
-
-TEST_F(ExchangeFixture, OvershootKeepsReadingUntilATimeOut) {
     driver.reads = {{d2xx::Ok, "ab"}, {d2xx::Ok, "cd"}};
     EXPECT_EQ(link.ReadUSB(3), "abcd");
     EXPECT_EQ(driver.take().size(), 3u);  // the third read times out
@@ -97,15 +88,13 @@ TEST_F(ExchangeFixture, ReadStatusesOtherThanOkAndIoErrorSetTheStickyErrorFlag) 
     EXPECT_EQ(link.ReadUSB(2), "a");  // one read only, from now on
 }
 
-TEST_F(ExchangeFixture, LiveRepliesAreAcceptedAlike) {
-    for (const char* reply : {"R", "S", "T"}) {
-        driver.reads = {{d2xx::Ok, reply}};
-        link.CheckResponse();
-        EXPECT_EQ(link.NoResponse, kFalse) << reply;
-    }
-}
-
 TEST_F(ExchangeFixture, WrongReplyReopensWaitsPurgesAndAsksAgain) {
+    for (const char* live : {"R", "S", "T"}) {  // every live reply is taken at once
+        driver.reads = {{d2xx::Ok, live}};
+        link.CheckResponse();
+        EXPECT_EQ(link.NoResponse, kFalse) << live;
+    }
+    driver.take();
     driver.reads = {{d2xx::Ok, "X"}, {d2xx::Ok, "R"}};
     link.CheckResponse();
     EXPECT_EQ(link.NoResponse, kFalse);
@@ -135,45 +124,28 @@ TEST_F(ExchangeFixture, TriggerFrameCarriesTheRequestedModeAndMakesItActive) {
     EXPECT_TRUE(prompts.boxes.empty());
 }
 
-TEST_F(ExchangeFixture, SilentInstrumentGetsNoTriggerFrameButAMessage) {
-    driver.fail("FT_OpenEx", 2, d2xx::DeviceNotFound);
-    link.TriggerModeRequested = 1;
-    link.SetTrigger();
-    EXPECT_EQ(prompts.boxes,
-              (std::vector<RecordingPrompts::Box>{{"No Response", 16, "Trigger mode"}}));
-    EXPECT_EQ(link.TriggerModeActive, 0);
-    for (const auto& line : driver.take())
-        EXPECT_NE(line.rfind("FT_Write 59 54", 0), 0u) << line;
-}
-
-// Delay waits until the clock has passed start + ms.
-TEST(Delay, ZeroReadsTheClockTwiceAndReturnsOnceItMoved) {
-    FakeDriver driver;
-    RecordingPrompts prompts;
-    FakeClock clock(5000, 1);
-    UsbLink link(driver.table(), prompts, clock);
-    link.Delay(0);
-    EXPECT_EQ(clock.readings, 2);
-    EXPECT_EQ(clock.slept, 0u);
-}
-
-TEST(Delay, SleepsInsteadOfSpinning) {
-    FakeDriver driver;
-    RecordingPrompts prompts;
-    FakeClock clock(5000);
-    UsbLink link(driver.table(), prompts, clock);
-    link.Delay(500);
-    EXPECT_EQ(clock.slept, 501u);
-    EXPECT_LE(clock.readings, 3);
-}
-
-TEST(Delay, NegativeWaitReturnsAtOnce) {
-    FakeDriver driver;
-    RecordingPrompts prompts;
-    FakeClock clock(5000);
-    UsbLink link(driver.table(), prompts, clock);
-    link.Delay(-20);
-    EXPECT_EQ(clock.slept, 0u);
+// Delay waits until the clock has passed start + ms, sleeping rather than spinning.
+TEST(Delay, WaitsUntilTheClockPassesTheTarget) {
+    struct Case {
+        std::uint32_t start, step;
+        std::int16_t ms;
+        int readings;
+        std::uint64_t slept;
+    };
+    const Case cases[] = {
+        {5000, 1, 0, 2, 0},                 // returns once the clock moved
+        {5000, 0, 500, 3, 501},             // one sleep, no spinning
+        {5000, 0, -20, 2, 0},               // a negative wait returns at once
+        {0x7FFFFFFFu - 30, 40, 20, 2, 0}};  // a clock that wraps during the wait ends it
+    for (const Case& c : cases) {
+        FakeDriver driver;
+        RecordingPrompts prompts;
+        FakeClock clock(c.start, c.step);
+        UsbLink link(driver.table(), prompts, clock);
+        link.Delay(c.ms);
+        EXPECT_EQ(clock.readings, c.readings) << c.ms;
+        EXPECT_EQ(clock.slept, c.slept) << c.ms;
+    }
 }
 
 TEST(Delay, TargetBeyondTheSignedRangeOverflows) {
@@ -191,15 +163,6 @@ TEST(Delay, TargetBeyondTheSignedRangeOverflows) {
     FakeClock near(0x7FFFFFFFu - 30, 25);
     UsbLink ok(driver.table(), prompts, near);
     EXPECT_NO_THROW(ok.Delay(20));
-}
-
-TEST(Delay, AClockThatWrapsDuringTheWaitEndsIt) {
-    FakeDriver driver;
-    RecordingPrompts prompts;
-    FakeClock clock(0x7FFFFFFFu - 30, 40);  // the second reading is past 2^31 - 1
-    UsbLink link(driver.table(), prompts, clock);
-    link.Delay(20);
-    EXPECT_EQ(clock.readings, 2);
 }
 
 }  // namespace

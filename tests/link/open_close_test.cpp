@@ -30,24 +30,20 @@ struct LinkFixture : ::testing::Test {
     UsbLink link{driver.table(), prompts, clock};
 };
 
-TEST_F(LinkFixture, FirstOpenAndAllSettingsSucceed) {
+// A first open configures at once; after a failed open the link closes, cycles and tries once
+// more, giving "" when that works and "Open Failed" when it does not.
+TEST_F(LinkFixture, OpenRetriesOnceAfterACloseAndACycle) {
+    const std::string opened = "FT_OpenEx \"" + kDesc + "\" 2 = 0";
+    const std::string notFound = "FT_OpenEx \"" + kDesc + "\" 2 = 2";
     EXPECT_EQ(link.OpenUSB(kDesc), "OK");
-    EXPECT_EQ(driver.take(), concat({{"FT_OpenEx \"" + kDesc + "\" 2 = 0"}, kConfigure}));
-}
-
-TEST_F(LinkFixture, SuccessfulRetryGivesEmptyResultAndAnOpenDevice) {
-    driver.fail("FT_OpenEx");
+    EXPECT_EQ(driver.take(), concat({{opened}, kConfigure}));
+    driver.fail("FT_OpenEx", 1, d2xx::DeviceNotFound);
     EXPECT_EQ(link.OpenUSB(kDesc), "");
-    EXPECT_EQ(driver.take(), concat({{"FT_OpenEx \"" + kDesc + "\" 2 = 4", "FT_Close = 0",
-                                      "FT_CyclePort = 0", "FT_OpenEx \"" + kDesc + "\" 2 = 0"},
-                                     kConfigure}));
-}
-
-TEST_F(LinkFixture, BothOpensFailAfterOneCloseAndOneCycle) {
+    EXPECT_EQ(driver.take(),
+              concat({{notFound, "FT_Close = 0", "FT_CyclePort = 0", opened}, kConfigure}));
     driver.fail("FT_OpenEx", 2, d2xx::DeviceNotFound);
     EXPECT_EQ(link.OpenUSB(kDesc), "Open Failed");
-    EXPECT_EQ(driver.take(), (Lines{"FT_OpenEx \"" + kDesc + "\" 2 = 2", "FT_Close = 0",
-                                    "FT_CyclePort = 0", "FT_OpenEx \"" + kDesc + "\" 2 = 2"}));
+    EXPECT_EQ(driver.take(), (Lines{notFound, "FT_Close = 0", "FT_CyclePort = 0", notFound}));
 }
 
 TEST_F(LinkFixture, SerialOpenUsesFlagOneAndKeepsTheEmptyRetryResult) {
@@ -59,35 +55,22 @@ TEST_F(LinkFixture, SerialOpenUsesFlagOneAndKeepsTheEmptyRetryResult) {
 }
 
 // Each configuration step's failure: its message, a close, and no later step.
-struct ConfigCase {
-    const char* entry;
-    const char* message;
-    std::size_t stepsMade;  // configuration calls made, the failing one included
-};
-
-class ConfigFailure : public LinkFixture, public ::testing::WithParamInterface<ConfigCase> {};
-
-TEST_P(ConfigFailure, ClosesAndReportsTheStep) {
-    const ConfigCase c = GetParam();
-    driver.fail(c.entry);
-    EXPECT_EQ(link.OpenUSB(kDesc), c.message);
-    Lines expected = {"FT_OpenEx \"" + kDesc + "\" 2 = 0"};
-    for (std::size_t i = 0; i < c.stepsMade; ++i) {
-        std::string line = kConfigure[i];
-        if (i + 1 == c.stepsMade) line.back() = '4';
-        expected.push_back(line);
+TEST_F(LinkFixture, AFailedConfigurationStepClosesAndReportsTheStep) {
+    const std::pair<const char*, const char*> steps[] = {
+        {"FT_SetTimeouts", "SetTimeouts Failed"},
+        {"FT_SetUSBParameters", "Set USB Failed"},
+        {"FT_SetLatencyTimer", "Latency Timer Set Failed"},
+        {"FT_SetFlowControl", "Flow Control Set Failed"}};
+    for (std::size_t i = 0; i < std::size(steps); ++i) {
+        driver.fail(steps[i].first);
+        EXPECT_EQ(link.OpenUSB(kDesc), steps[i].second);
+        Lines expected = {"FT_OpenEx \"" + kDesc + "\" 2 = 0"};
+        expected.insert(expected.end(), kConfigure.begin(), kConfigure.begin() + i + 1);
+        expected.back().back() = '4';
+        expected.push_back("FT_Close = 0");
+        EXPECT_EQ(driver.take(), expected) << steps[i].first;
     }
-    expected.push_back("FT_Close = 0");
-    EXPECT_EQ(driver.take(), expected);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Steps, ConfigFailure,
-    ::testing::Values(ConfigCase{"FT_SetTimeouts", "SetTimeouts Failed", 1},
-                      ConfigCase{"FT_SetUSBParameters", "Set USB Failed", 2},
-                      ConfigCase{"FT_SetLatencyTimer", "Latency Timer Set Failed", 3},
-                      ConfigCase{"FT_SetFlowControl", "Flow Control Set Failed", 4}),
-    [](const ::testing::TestParamInfo<ConfigCase>& c) { return std::string(c.param.entry + 3); });
 
 TEST_F(LinkFixture, ByDescriptionAFailedCloseTriesToOpenCloseFailed) {
     driver.fail("FT_SetUSBParameters");
@@ -105,11 +88,8 @@ TEST_F(LinkFixture, BySerialAFailedCloseGivesCloseFailedAndOpensNothing) {
     driver.fail("FT_SetLatencyTimer");
     driver.fail("FT_Close");
     EXPECT_EQ(link.OpenUSBSN("VX000001"), "Close Failed");
-    const Lines lines = driver.take();
-    EXPECT_EQ(lines.back(), "FT_Close = 4");
-    EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
-                            [](const std::string& l) { return l.rfind("FT_OpenEx", 0) == 0; }),
-              1);
+    EXPECT_EQ(driver.take(), (Lines{"FT_OpenEx \"VX000001\" 1 = 0", kConfigure[0], kConfigure[1],
+                                    "FT_SetLatencyTimer 1 = 4", "FT_Close = 4"}));
 }
 
 TEST_F(LinkFixture, ADriverThatFailsEveryConfigurationAndCloseStillReturns) {
@@ -120,22 +100,18 @@ TEST_F(LinkFixture, ADriverThatFailsEveryConfigurationAndCloseStillReturns) {
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "FT_OpenEx \"Close Failed\" 2 = 0"), 1);
 }
 
-TEST_F(LinkFixture, CloseAndCycleResults) {
+TEST_F(LinkFixture, CloseAndCycleResultsAndCloseKeepsTheHandleAndTheFoundFlag) {
+    link.OpenUSB(kDesc);
+    const d2xx::Handle h = link.USBHandle;
+    link.InstrumentFound = kTrue;
     EXPECT_EQ(link.CloseUSB(), "OK");
+    EXPECT_EQ(link.USBHandle, h);
+    EXPECT_EQ(link.InstrumentFound, kTrue);
     driver.fail("FT_Close");
     EXPECT_EQ(link.CloseUSB(), "Close Failed");
     EXPECT_EQ(link.CyclePortUSB(), "OK");
     driver.fail("FT_CyclePort");
     EXPECT_EQ(link.CyclePortUSB(), "Error");
-}
-
-TEST_F(LinkFixture, CloseKeepsTheHandleAndTheFoundFlag) {
-    link.OpenUSB(kDesc);
-    const d2xx::Handle h = link.USBHandle;
-    link.InstrumentFound = kTrue;
-    link.CloseUSB();
-    EXPECT_EQ(link.USBHandle, h);
-    EXPECT_EQ(link.InstrumentFound, kTrue);
 }
 
 }  // namespace

@@ -12,10 +12,15 @@
 #include "automation/session.hpp"
 #include "automation/synthor_01_vexa.hpp"
 #include "link/trace.hpp"
+#include "plans/command_string.hpp"
+#include "runtime/raised_by.hpp"
 #include "sim/sim_instrument.hpp"
 #include "support/fake_driver.hpp"
 
 namespace synthor::testing {
+
+using Box = RecordingPrompts::Box;
+using Frames = std::vector<std::string>;
 
 class PlanTest : public ::testing::Test {
   protected:
@@ -26,6 +31,7 @@ class PlanTest : public ::testing::Test {
 
     void SetUp() override {
         ASSERT_EQ(object.FND(), 1234);
+        // Unique per fixture object, as other builds may run the same test at the same time.
         dir = std::filesystem::temp_directory_path() /
               ("synthor_plans_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)) + "_" +
                ::testing::UnitTest::GetInstance()->current_test_info()->name());
@@ -42,18 +48,20 @@ class PlanTest : public ::testing::Test {
     }
 
     // The frames written since the last call, as "57 02 01 FC 20 FF FF".
-    std::vector<std::string> frames() {
-        std::vector<std::string> out;
+    Frames frames() {
+        Frames out;
         for (const std::string& l : lines) {
-            const std::string prefix = "FT_Write ";
-            if (l.rfind(prefix, 0) == 0)
-                out.push_back(l.substr(prefix.size(), l.rfind(" = ") - prefix.size()));
+            if (l.rfind("FT_Write ", 0) == 0) out.push_back(l.substr(9, l.rfind(" = ") - 9));
         }
         lines.clear();
         return out;
     }
 
+    std::string sig(const char* command, std::vector<Variant> params = {}) {
+        return SetSigGen(session, std::string(command), params);
+    }
     const std::string& status(int panel) { return session.panel.status(panel); }
+    const std::string& text(const char* box) { return session.panel.text(box); }
 
     sim::Instrument inst;
     RecordingPrompts prompts;
@@ -64,7 +72,6 @@ class PlanTest : public ::testing::Test {
     std::filesystem::path dir;
 };
 
-// The example frequency sweep file.
 inline const char* kFreqSweepFile =
     "[FREQUENCYSWEEP]\r\n[LEVEL]\r\n0\r\n[DWELL]\r\n1000\r\n[PLAN]\r\n1 1000\r\n2, 1001\r\n3     "
     "1002\r\n";
