@@ -39,7 +39,7 @@ for target in build-fuzz/fuzz_*; do
 done
 
 step "benchmarks (short run)"
-for bench in build/bench_*; do
+for bench in build/synthor_bench; do
     [ -x "$bench" ] || continue
     "$bench" --benchmark_min_time=0.05
 done
