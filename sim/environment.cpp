@@ -56,10 +56,10 @@ DropInSettings readDropInSettings(const EnvironmentLookup& lookup,
     const std::string faults = get("VEXASIM_FAULTS");
     for (std::size_t start = 0; start < faults.size();) {
         const std::size_t comma = std::min(faults.find(',', start), faults.size());
-        const std::string_view spec = std::string_view(faults).substr(start, comma - start);
+        const std::string_view setting = std::string_view(faults).substr(start, comma - start);
         std::string error;
-        if (spec.find_first_not_of(" \t") != std::string_view::npos &&
-            !applyFault(spec, config.faults, error)) {
+        if (setting.find_first_not_of(" \t") != std::string_view::npos &&
+            !applyFault(setting, config.faults, error)) {
             bad("VEXASIM_FAULTS", error);
         }
         start = comma + 1;

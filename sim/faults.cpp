@@ -1,4 +1,4 @@
-// Fault specs: "NAME" or "NAME=N".
+// Fault settings: "NAME" or "NAME=N".
 #include <array>
 #include <charconv>
 #include <limits>
@@ -47,13 +47,13 @@ bool parseCount(std::string_view text, int& value) {
 
 }  // namespace
 
-bool applyFault(std::string_view spec, Faults& faults, std::string& error) {
-    spec = trimmed(spec);
-    const auto eq = spec.find('=');
-    const std::string name = lcase(trimmed(spec.substr(0, eq)));
+bool applyFault(std::string_view setting, Faults& faults, std::string& error) {
+    setting = trimmed(setting);
+    const auto eq = setting.find('=');
+    const std::string name = lcase(trimmed(setting.substr(0, eq)));
     int n = 1;
-    if (eq != std::string_view::npos && !parseCount(trimmed(spec.substr(eq + 1)), n)) {
-        error = "bad count in fault \"" + std::string(spec) + "\" (a whole number 0 or more)";
+    if (eq != std::string_view::npos && !parseCount(trimmed(setting.substr(eq + 1)), n)) {
+        error = "bad count in fault \"" + std::string(setting) + "\" (a whole number 0 or more)";
         return false;
     }
     for (const CounterFault& fault : kCounters) {
@@ -70,7 +70,7 @@ bool applyFault(std::string_view spec, Faults& faults, std::string& error) {
         faults.chunk = static_cast<std::uint32_t>(n);
         return true;
     }
-    error = "unknown fault \"" + std::string(spec) +
+    error = "unknown fault \"" + std::string(setting) +
             "\" (open, close, cycle, timeouts, usbparams, latency, flow, purge, write, silent, "
             "chunk)";
     return false;

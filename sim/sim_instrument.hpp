@@ -45,11 +45,11 @@ struct Faults {
     std::uint32_t chunk = 0;  // replies come at most this many bytes per read (0: no limit)
 };
 
-// Applies one fault spec ("open=2", "silent", "chunk=5"; without "=N", N is 1). Names are
-// case-insensitive and blanks around the spec are ignored; a later spec for the same name
+// Applies one fault setting ("open=2", "silent", "chunk=5"; without "=N", N is 1). Names are
+// case-insensitive and blanks around the setting are ignored; a later setting for the same name
 // replaces the earlier value; "silent=0" switches silence off. False with a message in `error`
 // for an unknown name or a bad number (faults is then unchanged).
-bool applyFault(std::string_view spec, Faults& faults, std::string& error);
+bool applyFault(std::string_view setting, Faults& faults, std::string& error);
 
 struct Config {
     std::vector<std::uint8_t> eeprom;  // exactly kEepromSize bytes; empty: the default image

@@ -22,7 +22,7 @@ std::string summary(const synthor::sim::DropInSettings& s) {
 }
 
 // Unset and empty variables keep their defaults; each bad value is reported once, on one line,
-// and keeps its default, while the good fault specs beside a bad one still apply.
+// and keeps its default, while the good fault settings beside a bad one still apply.
 TEST(SimEnvironment, SettingsApplyAndBadOnesAreReportedAndKeepTheirDefaults) {
     const auto eeprom = std::filesystem::temp_directory_path() / "sim_environment_eeprom.bin";
     std::ofstream(eeprom, std::ios::binary) << std::string(synthor::sim::kEepromSize, 'e');

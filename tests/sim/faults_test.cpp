@@ -1,4 +1,4 @@
-// Injected driver failures: the fault specs and what each fault does to the calls.
+// Injected driver failures: the fault settings and what each fault does to the calls.
 #include "sim_test_support.hpp"
 
 namespace {
@@ -12,27 +12,27 @@ using synthor::sim::Faults;
 TEST(SimFaultSpec, AcceptedSpecsSetTheirFaultAndRejectedOnesChangeNothing) {
     Faults faults;
     std::string error;
-    for (const char* spec : {"open", " Write = 3 ", "chunk", "silent", "purge=5", "purge=2"})
-        ASSERT_TRUE(applyFault(spec, faults, error)) << spec << ": " << error;
+    for (const char* setting : {"open", " Write = 3 ", "chunk", "silent", "purge=5", "purge=2"})
+        ASSERT_TRUE(applyFault(setting, faults, error)) << setting << ": " << error;
     EXPECT_EQ(faults.open, 1);
     EXPECT_EQ(faults.write, 3);
     EXPECT_EQ(faults.chunk, 1u);
     EXPECT_TRUE(faults.silent);
-    EXPECT_EQ(faults.purge, 2);  // a later spec replaces an earlier one
+    EXPECT_EQ(faults.purge, 2);  // a later setting replaces an earlier one
     ASSERT_TRUE(applyFault("chunk=5", faults, error) && applyFault("silent=0", faults, error));
     EXPECT_EQ(faults.chunk, 5u);
     EXPECT_FALSE(faults.silent);
 
-    for (const char* spec : {"bogus", "", "open=", "open=-1", "open=+1", "open=x", "open=1.5",
-                             "open=99999999999", "chunk=0x10", "=3", "read=1"}) {
+    for (const char* setting : {"bogus", "", "open=", "open=-1", "open=+1", "open=x", "open=1.5",
+                                "open=99999999999", "chunk=0x10", "=3", "read=1"}) {
         Faults untouched;
         untouched.write = 9;
         error.clear();
-        EXPECT_FALSE(applyFault(spec, untouched, error)) << spec;
-        EXPECT_FALSE(error.empty()) << spec;
+        EXPECT_FALSE(applyFault(setting, untouched, error)) << setting;
+        EXPECT_FALSE(error.empty()) << setting;
         EXPECT_EQ(std::tuple(untouched.write, untouched.open, untouched.chunk),
                   std::tuple(9, 0, 0u))
-            << spec;
+            << setting;
     }
 }
 
