@@ -7,7 +7,7 @@ packages=(
     cmake ninja-build g++ pkg-config          # native build
     libgtest-dev libgmock-dev libbenchmark-dev  # tests and benchmarks
     clang clang-format libclang-rt-14-dev       # fuzzing (libFuzzer) and format checks
-    g++-mingw-w64-x86-64-posix                  # Windows cross-build
+    g++-mingw-w64-x86-64-posix wine64           # Windows cross-build, run under wine
     locales                                     # a decimal-comma locale for the parsing tests
 )
 
