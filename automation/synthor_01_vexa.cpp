@@ -74,8 +74,11 @@ std::string Synthor_01_vexa::GenOff() {
 }
 
 std::string Synthor_01_vexa::ShowUI() {
-    if (session_.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
-    if (session_.showModal) session_.showModal();
+    // Without a window front end there is no panel to show: the call answers as it does
+    // without an instrument.
+    if (session_.link.InstrumentFound == kFalse || !session_.showModal)
+        return kNoInstrumentConnected;
+    session_.showModal();
     return "OK";
 }
 

@@ -185,8 +185,8 @@ TEST_F(Connected, GenOffParksTheOutputAndShowsTheOffDisplay) {
     EXPECT_EQ(b.session.panel.status(1), "Status: Off");
     EXPECT_TRUE(b.session.panel.loaded());
     EXPECT_FALSE(b.session.panel.visible());
-    // With a panel attached, the hooks reach it instead.
-    EXPECT_EQ(b.object.ShowUI(), "OK");
+    // Without a window front end ShowUI has no panel to show; with one, the hooks reach it.
+    EXPECT_EQ(b.object.ShowUI(), "Error. No instrument connected.");
     b.session.showOffDisplay = [&] { ++offDisplays; };
     b.session.showModal = [&] { ++shown; };
     EXPECT_EQ(b.object.GenOff(), "OK");
