@@ -29,7 +29,8 @@ class Synthor_01_vexa {
     std::string CloseSigGen();
     // Parks the output (193 MHz, -25 dBm) and shows the panel's off display; "OK".
     std::string GenOff();
-    // Shows the control panel until it is hidden again; "OK".
+    // Shows the control panel until it is hidden again; "OK". Without an instrument, or without a
+    // window front end to show it in, "Error. No instrument connected.".
     std::string ShowUI();
     // Continuous wave at `frequency` MHz (0.3 to 8192) and `level` dBm (-25 to 17); "OK".
     std::string SetFrequency(const Variant& frequency, const Variant& level);
