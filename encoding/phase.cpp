@@ -1,15 +1,27 @@
 #include "encoding/phase.hpp"
 
+#include <array>
+
 #include "runtime/convert.hpp"
 
 namespace synthor {
+namespace {
 
-double phaseDivisor(double fMHz) {
-    for (const PhaseDivisor& d : kPhaseDivisors) {
-        if (fMHz >= d.fromMHz) return d.divisor;
-    }
-    return 0.0;
-}
+struct PhaseDivisor {
+    double fromMHz;
+    double divisor;
+};
+// Tested from the highest band down.
+constexpr std::array<PhaseDivisor, 6> kPhaseDivisors = {{
+    {4000, 200},
+    {2000, 100},
+    {1000, 50},
+    {500, 25},
+    {250, 12.5},
+    {125, 6.25},
+}};
+
+}  // namespace
 
 std::int32_t phaseWordOf(float degrees) {
     const float word = degrees * 16384.0F / 360.0F;
@@ -17,9 +29,10 @@ std::int32_t phaseWordOf(float degrees) {
 }
 
 std::int32_t bandScaledPhaseWord(std::int32_t word, double fMHz) {
-    const double divisor = phaseDivisor(fMHz);
-    if (divisor == 0.0) return word;
-    return clng(fix(word / divisor + 0.5));
+    for (const PhaseDivisor& d : kPhaseDivisors) {
+        if (fMHz >= d.fromMHz) return clng(fix(word / d.divisor + 0.5));
+    }
+    return word;
 }
 
 }  // namespace synthor

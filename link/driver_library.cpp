@@ -56,7 +56,6 @@ LibHandle openLibrary(const std::string& path, std::string& why) {
 void* symbol(LibHandle lib, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(lib, name));
 }
-
 #else
 using LibHandle = void*;
 
@@ -72,7 +71,6 @@ LibHandle openLibrary(const std::string& path, std::string& why) {
 void* symbol(LibHandle lib, const char* name) {
     return dlsym(lib, name);
 }
-
 #endif
 
 template <typename Fn>
@@ -119,7 +117,6 @@ DriverLoad loadDriverLibrary(const std::string& path) {
     }
     // The driver library stays loaded for the life of the process: a vendor driver may keep
     // threads of its own running, and tables copied anywhere keep pointing into it.
-
     std::string missing;
     const auto openEx = entry<OpenExFn>(raw, "FT_OpenEx", missing);
     const auto close = entry<HandleFn>(raw, "FT_Close", missing);

@@ -57,7 +57,7 @@ std::string GoSigGenFHop(Session& s, double firstMHz, double secondMHz, float le
 std::int32_t PhaseBandScale(double freqHz, std::int32_t value) {
     const double f = freqHz / 1e6;
     if (f <= 125.0) return 0;
-    return clng(fix(value / phaseDivisor(f) + 0.5));
+    return bandScaledPhaseWord(value, f);
 }
 
 std::string GoSigGenPhHop(Session& s, std::int32_t firstPhase, std::int32_t secondPhase,
