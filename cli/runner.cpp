@@ -239,7 +239,7 @@ class Runner {
             const auto n = static_cast<int>(c.args.size());
             if (n < m->minArgs || n > m->maxArgs) raise(errnum::WrongArgCount);
             std::vector<Variant> args = c.args;
-            args.resize(static_cast<std::size_t>(m->maxArgs));
+            args.resize(static_cast<std::size_t>(m->maxArgs), Missing{});
             out_ << toText(m->invoke(*object_, args)) << '\n';
         } catch (const RuntimeError& e) {
             out_ << "raised " << e.number() << ": " << e.description() << '\n';

@@ -52,13 +52,14 @@ constexpr std::string_view ReadPowerPlanFailed = "Error";
 constexpr std::string_view ReadComplexPlanFailed = "Error reading frequency plan.";
 }  // namespace text
 
-// P1..P5, Empty beyond those given.
+// P1..P5, Missing beyond those given: a keyword that reads a parameter the host did not pass
+// raises the type-mismatch error.
 class Params {
   public:
     explicit Params(std::span<const Variant> values) : values_(values) {}
     const Variant& at(std::size_t n) const {
-        static const Variant empty;
-        return n >= 1 && n <= values_.size() ? values_[n - 1] : empty;
+        static const Variant missing = Missing{};
+        return n >= 1 && n <= values_.size() ? values_[n - 1] : missing;
     }
     double dbl(std::size_t n) const { return toDouble(at(n)); }
     float sng(std::size_t n) const { return toSingle(at(n)); }

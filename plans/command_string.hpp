@@ -4,7 +4,7 @@
 // Keywords are compared upper-cased and whole; an unknown keyword returns "". Parameters are
 // converted with the runtime's variant conversions, in order, when the keyword needs them; a
 // parameter that cannot be converted raises the runtime's type-mismatch (13) or overflow (6)
-// error to the caller. Missing parameters are Empty (0 or "").
+// error to the caller. A parameter the host did not pass is Missing: reading it raises 13.
 //
 // Switches: the sweep keywords upper-case theirs ("on" starts a sweep); the hop keywords pass
 // theirs as given (only "ON" starts a hop, "on" stops it); the modulation keywords (FM, FMEXT,
@@ -30,7 +30,7 @@ namespace synthor {
 
 inline constexpr std::size_t kSigGenParams = 5;
 
-// Runs one command. `params` holds P1..P5; fewer are taken as Empty.
+// Runs one command. `params` holds P1..P5; fewer are taken as Missing.
 std::string SetSigGen(Session& s, const Variant& command, std::span<const Variant> params);
 
 // The keywords in table order.

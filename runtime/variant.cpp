@@ -19,6 +19,7 @@ double toDouble(const Variant& v) {
             if (!n) raise(errnum::TypeMismatch);
             return *n;
         }
+        double operator()(Missing) const { raise(errnum::TypeMismatch); }
     };
     return std::visit(Visitor{}, v);
 }
@@ -42,6 +43,7 @@ std::string toText(const Variant& v) {
         std::string operator()(float f) const { return formatGeneral(f, 7); }
         std::string operator()(double d) const { return formatGeneral(d); }
         std::string operator()(const std::string& s) const { return s; }
+        std::string operator()(Missing) const { raise(errnum::TypeMismatch); }
     };
     return std::visit(Visitor{}, v);
 }

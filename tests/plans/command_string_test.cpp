@@ -130,7 +130,7 @@ TEST_F(Commands, TriggerSettings) {
     }
     EXPECT_EQ(sig("STEPTRIGGER", {std::int16_t(-3)}), "OK");
     EXPECT_EQ(session.plans.StepTrigger, 1);
-    EXPECT_EQ(sig("STEPTRIGGER", {}), "OK");
+    EXPECT_EQ(sig("STEPTRIGGER", {std::int16_t(0)}), "OK");
     EXPECT_EQ(session.plans.StepTrigger, 0);
 }
 
