@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-#include "automation/session.hpp"
 #include "runtime/variant.hpp"
+#include "session/session.hpp"
 
 namespace synthor {
 
@@ -40,7 +40,7 @@ class Synthor_01_vexa {
     // "Locked", "Unlocked!", "AGC unlocked!" or "PLL and AGC Unlocked!".
     std::string LockStatus();
 
-    // Plan methods and the command-string interface (defined in plans/plan_methods.cpp).
+    // Plan methods and the command-string interface (defined in plan_methods.cpp).
     // Reads a frequency sweep plan file ("?" asks with the dialog); "OK" or "Error reading file.".
     std::string ReadFplan(const Variant& fileName);
     // Builds and uploads a frequency plan from start and step (MHz), points and dwell (µs); the

@@ -8,7 +8,7 @@
 #include <optional>
 #include <sstream>
 
-#include "automation/session.hpp"
+#include "session/session.hpp"
 #include "automation/synthor_01_vexa.hpp"
 #include "cli/script.hpp"
 #include "link/driver_library.hpp"

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "automation/session.hpp"
+#include "session/session.hpp"
 
 namespace synthor {
 

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <string_view>
 
-#include "automation/session.hpp"
 #include "encoding/phase.hpp"
 #include "plans/sweep_frames.hpp"
+#include "session/session.hpp"
 
 namespace synthor {
 

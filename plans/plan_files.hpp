@@ -23,8 +23,8 @@
 #include <string>
 #include <string_view>
 
-#include "automation/session.hpp"
 #include "runtime/prompts.hpp"
+#include "session/session.hpp"
 
 namespace synthor {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "automation/session.hpp"
+#include "session/session.hpp"
 
 namespace synthor {
 

@@ -1,4 +1,4 @@
-#include "panel/freqgen2.hpp"
+#include "form/freqgen2.hpp"
 
 #include <gtest/gtest.h>
 

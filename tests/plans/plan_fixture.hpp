@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "automation/session.hpp"
+#include "session/session.hpp"
 #include "automation/synthor_01_vexa.hpp"
 #include "link/trace.hpp"
 #include "plans/command_string.hpp"

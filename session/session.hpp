@@ -8,12 +8,12 @@
 #include "calibration/sig_gen_routines.hpp"
 #include "encoding/band_plan.hpp"
 #include "encoding/freq_level.hpp"
+#include "form/freqgen2.hpp"
 #include "link/d2xx.hpp"
 #include "link/usb_link.hpp"
-#include "panel/freqgen2.hpp"
-#include "plans/plan_store.hpp"
 #include "runtime/clock.hpp"
 #include "runtime/prompts.hpp"
+#include "session/plan_store.hpp"
 
 namespace synthor {
 

@@ -22,8 +22,8 @@
 #include <string_view>
 #include <vector>
 
-#include "panel/form_layout.hpp"
-#include "panel/status_texts.hpp"
+#include "form/form_layout.hpp"
+#include "form/status_texts.hpp"
 
 namespace synthor::panel {
 

@@ -1,4 +1,4 @@
-#include "panel/form_layout.hpp"
+#include "form/form_layout.hpp"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "panel/freqgen2.hpp"
+#include "form/freqgen2.hpp"
 
 #include <cctype>
 #include <stdexcept>

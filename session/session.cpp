@@ -1,4 +1,4 @@
-#include "automation/session.hpp"
+#include "session/session.hpp"
 
 namespace synthor {
 
