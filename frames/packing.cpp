@@ -22,11 +22,6 @@ TwoBytes splitTwo(std::int32_t v) {
     return {high, low};
 }
 
-double log10Floor(double& x) {
-    if (x < 1e-11) x = 1e-11;
-    return std::log(x) / std::log(10.0);
-}
-
 MemoryWriteFrame memoryWriteFrame(std::int32_t address, const PointRecord& record) {
     const ThreeBytes a = splitThree(address);
     MemoryWriteFrame frame{'W', static_cast<char>(kPointSize), static_cast<char>(a.high),

@@ -31,19 +31,6 @@ TEST(Split, MostSignificantFirstAndNothingBeyondTheWidth) {
     }
 }
 
-// Arguments at or below 1e-11 are raised to it, in the caller's variable too.
-TEST(Log10Floor, RaisesTinyArgumentsToTheFloorInPlace) {
-    const std::tuple<double, double, double> cases[] = {
-        {0, -11, 1e-11},     {-5, -11, 1e-11}, {1e-12, -11, 1e-11},
-        {1e-11, -11, 1e-11}, {1000, 3, 1000},  {1, 0, 1},
-    };
-    for (const auto& [x, result, after] : cases) {
-        double arg = x;
-        EXPECT_DOUBLE_EQ(log10Floor(arg), result) << x;
-        EXPECT_EQ(arg, after) << x;
-    }
-}
-
 TEST(Frames, MemoryWriteStartAndRead) {
     PointRecord record{};
     for (std::size_t i = 0; i < record.size(); ++i)
