@@ -29,6 +29,7 @@ TEST(CompanionFrequency, MovesAwayFromMixingProducts) {
 }
 
 struct WriterFixture : ::testing::Test {
+    WriterFixture() { driver.only = {"FT_Write"}; }  // the point writer only ever writes
     synthor::testing::FakeDriver driver;
     synthor::testing::RecordingPrompts prompts;
     synthor::testing::FakeClock clock;
