@@ -5,8 +5,12 @@
 #include <cmath>
 
 #include "calibration/sig_gen_routines.hpp"
-#include "encoding/packing.hpp"
+#include "encoding/limits.hpp"
 #include "encoding/phase.hpp"
+#include "form/status_texts.hpp"
+#include "frames/packing.hpp"
+#include "frames/sweep_frames.hpp"
+#include "plans/plan_messages.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/format.hpp"
 #include "runtime/text.hpp"
@@ -15,16 +19,7 @@
 namespace synthor {
 namespace {
 
-const std::string kNoInstrumentFound = "Error. No instrument found.";
-const std::string kNoInstrumentConnected = "Error. No instrument connected.";
-
-constexpr double kMinFrequency = 300000;
-constexpr double kMaxFrequency = 8.192e9;
-constexpr double kMinLevel = -25;
-constexpr double kMaxLevel = 17;
 constexpr double kCwStep = 1000.0;
-
-constexpr float kPhaseFullScale = 360;  // larger phases are sent as a full turn
 
 }  // namespace
 
@@ -54,14 +49,14 @@ std::int16_t Synthor_01_vexa::FNDSN(const std::string& serial) {
 
 std::string Synthor_01_vexa::CloseSigGen() {
     UsbLink& link = session_.link;
-    if (link.InstrumentFound == kFalse) return kNoInstrumentFound;
+    if (link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentFound);
     std::string result = link.CloseUSB();
     link.InstrumentFound = kFalse;
     return result;
 }
 
 std::string Synthor_01_vexa::GenOff() {
-    if (session_.link.InstrumentFound == kFalse) return kNoInstrumentFound;
+    if (session_.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentFound);
     return synthor::SwitchOff(session_);
 }
 
@@ -69,19 +64,18 @@ std::string Synthor_01_vexa::ShowUI() {
     // Without a window front end there is no panel to show: the call answers as it does
     // without an instrument.
     if (session_.link.InstrumentFound == kFalse || !session_.showModal)
-        return kNoInstrumentConnected;
+        return std::string(planresult::NoInstrumentConnected);
     session_.showModal();
     return "OK";
 }
 
 std::string Synthor_01_vexa::SetFrequency(const Variant& frequency, const Variant& level) {
     Session& s = session_;
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentConnected);
     const double f = toDouble(frequency) * 1e6;
-    if (f < kMinFrequency || f > kMaxFrequency) return "Error. Invalid frequency.";
+    if (f < kMinHz || f > kMaxHz) return "Error. Invalid frequency.";
     const double dBm = toDouble(level);
     if (dBm < kMinLevel || dBm > kMaxLevel) return "Error. Invalid power.";
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
     s.CWFrequency = f;
     s.freqLevel.setFrequencyAndLevel(kCwAddress, 1, f, kCwStep, kCompanionOffset, csng(dBm),
                                      kLevelB);
@@ -91,15 +85,14 @@ std::string Synthor_01_vexa::SetFrequency(const Variant& frequency, const Varian
 
 std::string Synthor_01_vexa::SetPhase(const Variant& phase) {
     Session& s = session_;
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
-    if (s.CWFrequency < kMinFrequency || s.CWFrequency > kMaxFrequency) {
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentConnected);
+    if (s.CWFrequency < kMinHz || s.CWFrequency > kMaxHz) {
         return "Error. Frequency not set." + formatGeneral(s.CWFrequency);
     }
     float p = csng(std::fabs(toDouble(phase)));
     if (p > kPhaseFullScale) p = kPhaseFullScale;
     const float fMHz = csng(s.CWFrequency / 1e6);  // the band is chosen in single precision
-    const TwoBytes w = splitTwo(bandScaledPhaseWord(phaseWordOf(p), fMHz));
-    s.link.WriteUSB(std::string{'Y', 'Q', static_cast<char>(w.high), static_cast<char>(w.low)});
+    s.link.WriteUSB(phaseFrame(bandScaledPhaseWord(phaseWordOf(p), fMHz)));
     return "OK";
 }
 
@@ -108,9 +101,9 @@ std::string Synthor_01_vexa::DLLVer() {
 }
 
 std::string Synthor_01_vexa::LockStatus() {
-    if (session_.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
-    const std::string_view text = lockText(QueryLockState(session_));
-    return std::string(text.empty() ? "Unknown" : text);
+    if (session_.link.InstrumentFound == kFalse)
+        return std::string(planresult::NoInstrumentConnected);
+    return std::string(panel::lock::textOf(QueryLockState(session_)));
 }
 
 namespace {

@@ -38,7 +38,7 @@ constexpr std::array<CarrierButton, 6> kCarrierButtons = {{
 }};
 
 double roundTo10Hz(double hz) {
-    return intFloor(hz / 10 + 0.5) * 10;
+    return std::floor(hz / 10 + 0.5) * 10;
 }
 
 // Leaves modulation off and restarts the mode panel 1 named before.

@@ -11,9 +11,6 @@
 namespace synthor::panel {
 namespace {
 
-constexpr std::string_view kNoInstrument =
-    "No instrument detected. Check instrument connection and power.";
-constexpr std::string_view kNoInstrumentTitle = "SigGen Control";
 // The PLL-unlocked bit means nothing at and below this frequency.
 constexpr double kPllLockFloorHz = 125000000;
 
@@ -28,8 +25,8 @@ bool openInstrument(PanelContext& c) {
             link.InstrumentFound = kTrue;
             return true;
         }
-        if (c.s.prompts.msgBox(kNoInstrument, msgstyle::RetryCancel, kNoInstrumentTitle) !=
-            MsgResult::Retry) {
+        const PlanMessage& m = planmsg::NoInstrumentDetected;
+        if (c.s.prompts.msgBox(m.text, m.style, m.title) != MsgResult::Retry) {
             return false;
         }
     }
@@ -104,9 +101,9 @@ std::int16_t readLockStatus(PanelContext& c) {
 }
 
 void showLockStatus(PanelContext& c, std::int16_t status, double hz) {
+    if (status != 0 && status != 1 && status != 4 && status != 5) return;
     if (status == 1 && hz <= kPllLockFloorHz) status = 0;
-    const std::string_view text = lockText(status);
-    if (!text.empty()) c.form.setStatus(statuspanel::Lock, text);
+    c.form.setStatus(statuspanel::Lock, lock::textOf(status));
 }
 
 void resumeMode(PanelContext& c, std::string_view statusText) {

@@ -25,32 +25,6 @@ constexpr std::string_view kPhasePattern = "##0.00";
 constexpr std::string_view kLevelPlanFreqPattern = "###0.0000";
 constexpr double kLevelResolution = 0.1;
 
-namespace msg {
-constexpr PlanMessage InvalidStop = {"Invalid stop frequency.Check and try again.", planmsg::kStyle,
-                                     planmsg::kTitle};
-constexpr PlanMessage StepTooSmall = {
-    "Frequency step must be 10Hz or greater. Check and try again.", planmsg::kStyle,
-    planmsg::kTitle};
-constexpr PlanMessage StepTooLarge = {
-    "Step size too large for start/stop values given. Check and try again.", planmsg::kStyle,
-    planmsg::kTitle};
-constexpr PlanMessage TooManyPoints = {
-    "Step size too small resulting in more than 9001 sweep points. Check and try again.",
-    planmsg::kStyle, planmsg::kTitle};
-constexpr PlanMessage SameLevels = {"Stop and start levels cannot be the same.", planmsg::kStyle,
-                                    planmsg::kTitle};
-constexpr PlanMessage TooFewLevels = {"Too few sweep points. Check values.", planmsg::kStyle,
-                                      planmsg::kTitle};
-constexpr PlanMessage InvalidFrequency1 = {"Invalid Frequency 1 value.", planmsg::kStyle,
-                                           planmsg::kTitle};
-constexpr PlanMessage InvalidFrequency2 = {"Invalid Frequency 2 value.", planmsg::kStyle,
-                                           planmsg::kTitle};
-constexpr PlanMessage InvalidSetFrequency = {"Invalid set frequency value.", planmsg::kStyle,
-                                             planmsg::kTitle};
-constexpr PlanMessage NoComplexPlan = {"Please load plan by clicking on 'Get plan from file'",
-                                       planmsg::kStyle, planmsg::kTitle};
-}  // namespace msg
-
 bool dwellAllowed(std::int32_t dwell) {
     return dwell >= kMinDwell && dwell <= kMaxDwell;
 }
@@ -88,14 +62,14 @@ void startFrequencySweep(PanelContext& c) {
         startHz = startMHz * 1e6;
         const double stopHz = stopMHz * 1e6;
         if (stopHz <= startHz) {
-            show(c, msg::InvalidStop);
+            show(c, planmsg::InvalidStop);
             return writeBack(c, "Text9", stopMHz, kMHzPattern);
         }
         stepHz = std::fabs(number(c, "Text10")) * 1e6;
-        if (stepHz < kMinStepHz) return show(c, msg::StepTooSmall);
-        if (startHz + stepHz > stopHz) return show(c, msg::StepTooLarge);
+        if (stepHz < kMinStepHz) return show(c, planmsg::StepTooSmall);
+        if (startHz + stepHz > stopHz) return show(c, planmsg::StepTooLarge);
         const double count = roundHalfEven((stopHz - startHz) / stepHz) + 1;
-        if (count > kPlanPoints) return show(c, msg::TooManyPoints);
+        if (count > kPlanPoints) return show(c, planmsg::TooManySweepPoints);
         points = static_cast<std::int32_t>(count);
         writeBack(c, "Text10", stepHz / 1e6, kStepMHzPattern);
         writeBack(c, "Text8", startMHz, kMHzPattern);
@@ -133,11 +107,11 @@ void startLevelSweep(PanelContext& c) {
         };
         const double first = boxLevel("Text20");
         const double last = boxLevel("Text21");
-        if (first == last) return show(c, msg::SameLevels);
+        if (first == last) return show(c, planmsg::SameLevels);
         const double step = roundHalfEven(std::fabs(number(c, "Text22")), 1);
         const double steps =
             step < kLevelResolution ? 0 : fix(std::fabs(last - first) / step + 1e-9);
-        if (steps < 1) return show(c, msg::TooFewLevels);
+        if (steps < 1) return show(c, planmsg::TooFewLevels);
         writeBack(c, "Text20", first, kLevelPattern);
         writeBack(c, "Text21", last, kLevelPattern);
         writeBack(c, "Text22", step, kLevelPattern);
@@ -155,10 +129,10 @@ void startLevelSweep(PanelContext& c) {
 
 void startFrequencyHop(PanelContext& c) {
     const double first = number(c, "Text12");
-    if (first < kMinMHz || first > kMaxMHz) return show(c, msg::InvalidFrequency1);
+    if (first < kMinMHz || first > kMaxMHz) return show(c, planmsg::InvalidFrequency1);
     const double second = number(c, "Text13");
     if (second < kMinMHz || second > kMaxMHz || second <= first) {
-        return show(c, msg::InvalidFrequency2);
+        return show(c, planmsg::InvalidFrequency2);
     }
     std::int32_t dwell = 0;
     if (!boxDwell(c, "Text14", dwell)) return;
@@ -185,7 +159,7 @@ void startPhaseHop(PanelContext& c) {
 
 void startLevelHop(PanelContext& c) {
     const double mhz = number(c, "Text1");
-    if (mhz < kMinMHz || mhz > kMaxMHz) return show(c, msg::InvalidSetFrequency);
+    if (mhz < kMinMHz || mhz > kMaxMHz) return show(c, planmsg::InvalidSetFrequency);
     std::int32_t dwell = 0;
     if (!boxDwell(c, "Text19", dwell)) return;
     const float first = csng(number(c, "Text17"));
@@ -196,7 +170,7 @@ void startLevelHop(PanelContext& c) {
 }
 
 void startComplexSweep(PanelContext& c) {
-    if (c.s.plans.ComplexPlanPresent == kFalse) return show(c, msg::NoComplexPlan);
+    if (c.s.plans.ComplexPlanPresent == kFalse) return show(c, planmsg::NoComplexPlan);
     c.s.plans.StepTrigger = c.form.value("Check6") ? 1 : 0;
     if (started(c, GoSigGenCplxSweep(c.s, "ON"))) c.form.ModeActive = true;
 }

@@ -23,22 +23,7 @@ constexpr std::string_view kOK = "OK";
 constexpr std::string_view kOn = "ON";
 constexpr std::string_view kRate400 = "400HZ";
 
-namespace text {
-constexpr std::string_view NoInstrumentFound = "Error. No instrument found.";
-constexpr std::string_view NoInstrument = "Error. No instrument.";
-constexpr std::string_view InvalidFrequency = "Error. Invalid frequency.";
-constexpr std::string_view InvalidLevel = "Error. Invalid level.";
-constexpr std::string_view IncorrectFreq = "Error. Incorrect Freq value.";
-constexpr std::string_view FmFreq = "Error. Freq outside valid range.";
-constexpr std::string_view FmLevel = "Error. Level outside valid range.";
-constexpr std::string_view FmDeviation = "Error. Deviation exceeds 200kHz.";
-constexpr std::string_view AmFreq = "Error. Frequency outside allowed range.";
-constexpr std::string_view AmLevel = "Error. Output level outside allowed range.";
-constexpr std::string_view AmDepth = "Error. Modulation depth is 5-90%.";
-constexpr std::string_view ReadFreqPlanFailed = "Error reading frequency plan.";
-constexpr std::string_view ReadPowerPlanFailed = "Error";
-constexpr std::string_view ReadComplexPlanFailed = "Error reading frequency plan.";
-}  // namespace text
+namespace text = commandresult;
 
 // P1..P5, Missing beyond those given: a keyword that reads a parameter the host did not pass
 // raises the type-mismatch error.
@@ -109,8 +94,8 @@ std::string fmExtWorker(Session& s, double freqMHz, double deviationKHz, float l
                         const std::string& sw) {
     if (ucase(sw) != kOn) return stopModulation(s);
     const double f = freqMHz * 1e6;
-    if (f < kMinHz) return std::string(planmsg::FrequencyLow.text);
-    if (f > kMaxHz) return std::string(planmsg::FrequencyHigh.text);
+    if (f < kMinHz) return std::string(text::ExtFmLow);
+    if (f > kMaxHz) return std::string(text::ExtFmHigh);
     if (!levelAllowed(level)) return std::string(text::FmLevel);
     const double deviation = std::fabs(deviationKHz);
     if (deviation > kMaxDeviationKHz) return std::string(text::FmDeviation);
@@ -140,10 +125,10 @@ std::string amExtWorker(Session& s, double freqMHz, float depth, float level,
     std::string result(kOK);
     if (depth > kMaxDepth) {
         depth = kMaxDepth;
-        result = planmsg::DepthHigh.text;
+        result = text::AmDepthHigh;
     } else if (depth < kMinDepth) {
         depth = kMinDepth;
-        result = planmsg::DepthLow.text;
+        result = text::AmDepthLow;
     }
     startAm(s, f, level, depth, setup::AmExternal, panel::status::AmExt);
     return result;
@@ -275,7 +260,7 @@ std::span<const std::string_view> sigGenKeywords() {
 
 std::string SetSigGen(Session& s, const Variant& command, std::span<const Variant> params) {
     const std::string keyword = ucase(toText(command));
-    if (s.link.InstrumentFound == kFalse) return std::string(text::NoInstrumentFound);
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentFound);
     const Params p(params);
     for (const Keyword& k : kKeywords) {
         if (k.name == keyword) return k.run(s, p);

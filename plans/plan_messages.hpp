@@ -1,5 +1,5 @@
-// The message boxes and result texts of the plan routines. Message boxes all take the panel's
-// convention for a user's input error: exclamation icon, OK button, title "Signal Gen".
+// Every result text and message box of the library, in one place. Message boxes all take the
+// panel's convention for a user's input error: exclamation icon, OK button, title "Signal Gen".
 #pragma once
 
 #include <string_view>
@@ -26,27 +26,21 @@ inline constexpr PlanMessage LevelHopFrequency = {"Error. Invalid frequency valu
                                                   kTitle};
 inline constexpr PlanMessage LevelHopDwell = {"Dwell time must be between 26 and 65500 us.", kStyle,
                                               kTitle};
-// Out-of-range entries that are reported, then clamped and used.
-inline constexpr PlanMessage FrequencyLow = {"Value < 0.3MHz not allowed", kStyle, kTitle};
-inline constexpr PlanMessage FrequencyHigh = {"Value > 8.192GHz not allowed", kStyle, kTitle};
-inline constexpr PlanMessage DepthLow = {"Minimum modulation depth is 5%. Value reset.", kStyle,
-                                         kTitle};
-inline constexpr PlanMessage DepthHigh = {"Maximum modulation depth is 90%. Value reset.", kStyle,
-                                          kTitle};
 }  // namespace planmsg
 
 inline void showMessage(Prompts& prompts, const PlanMessage& m) {
     prompts.msgBox(m.text, m.style, m.title);
 }
 
-// Result texts.
+// Result texts of the automation methods, the command strings and the plan routines.
 namespace planresult {
+inline constexpr std::string_view NoInstrumentFound = "Error. No instrument found.";
+inline constexpr std::string_view NoInstrumentConnected = "Error. No instrument connected.";
 inline constexpr std::string_view OK = "OK";
 inline constexpr std::string_view Error = "Error";
 inline constexpr std::string_view True = "True";
 inline constexpr std::string_view InvalidStartFreq = "Error. Invalid start freq.";
 inline constexpr std::string_view EndFreqTooHigh = "Error. End freq > 8192 MHz.";
-inline constexpr std::string_view InvalidPoints = "Error. Invalid # pts.";  // never returned
 inline constexpr std::string_view NoFreqPlan = "Error. No freq plan.";
 inline constexpr std::string_view StartStopFreq = "Error. Incorrect Start/Stop freq values.";
 inline constexpr std::string_view IncorrectFreq = "Error. Incorrect freq value.";
@@ -60,5 +54,57 @@ inline constexpr std::string_view IncorrectPhase = "Error. Incorret phasae value
 inline constexpr std::string_view SamePhases = "Error. Phase values cannot be the same.";
 inline constexpr std::string_view IncorrectDwellTime = "Error. Incorrect Dwell time.";
 }  // namespace planresult
+
+// Result texts and message texts of the command strings.
+namespace commandresult {
+inline constexpr std::string_view NoInstrument = "Error. No instrument.";
+inline constexpr std::string_view InvalidFrequency = "Error. Invalid frequency.";
+inline constexpr std::string_view InvalidLevel = "Error. Invalid level.";
+inline constexpr std::string_view IncorrectFreq = "Error. Incorrect Freq value.";
+inline constexpr std::string_view FmFreq = "Error. Freq outside valid range.";
+inline constexpr std::string_view FmLevel = "Error. Level outside valid range.";
+inline constexpr std::string_view FmDeviation = "Error. Deviation exceeds 200kHz.";
+inline constexpr std::string_view ExtFmLow = "Value < 0.3MHz not allowed";
+inline constexpr std::string_view ExtFmHigh = "Value > 8.192GHz not allowed";
+inline constexpr std::string_view AmFreq = "Error. Frequency outside allowed range.";
+inline constexpr std::string_view AmLevel = "Error. Output level outside allowed range.";
+inline constexpr std::string_view AmDepth = "Error. Modulation depth is 5-90%.";
+inline constexpr std::string_view AmDepthHigh = "Maximum modulation depth is 90%. Value reset.";
+inline constexpr std::string_view AmDepthLow = "Minimum modulation depth is 5%. Value reset.";
+inline constexpr std::string_view ReadFreqPlanFailed = "Error reading frequency plan.";
+inline constexpr std::string_view ReadPowerPlanFailed = "Error";
+inline constexpr std::string_view ReadComplexPlanFailed = "Error reading frequency plan.";
+}  // namespace commandresult
+
+// Message boxes of the panel's controls.
+namespace planmsg {
+// Out-of-range entries that are reported, then clamped and used.
+inline constexpr PlanMessage FrequencyLow = {commandresult::ExtFmLow, kStyle, kTitle};
+inline constexpr PlanMessage FrequencyHigh = {commandresult::ExtFmHigh, kStyle, kTitle};
+inline constexpr PlanMessage DepthLow = {commandresult::AmDepthLow, kStyle, kTitle};
+inline constexpr PlanMessage DepthHigh = {commandresult::AmDepthHigh, kStyle, kTitle};
+// Refused sweep and hop starts.
+inline constexpr PlanMessage InvalidStop = {"Invalid stop frequency.Check and try again.", kStyle,
+                                            kTitle};
+inline constexpr PlanMessage StepTooSmall = {
+    "Frequency step must be 10Hz or greater. Check and try again.", kStyle, kTitle};
+inline constexpr PlanMessage StepTooLarge = {
+    "Step size too large for start/stop values given. Check and try again.", kStyle, kTitle};
+inline constexpr PlanMessage TooManySweepPoints = {
+    "Step size too small resulting in more than 9001 sweep points. Check and try again.", kStyle,
+    kTitle};
+inline constexpr PlanMessage SameLevels = {"Stop and start levels cannot be the same.", kStyle,
+                                           kTitle};
+inline constexpr PlanMessage TooFewLevels = {"Too few sweep points. Check values.", kStyle, kTitle};
+inline constexpr PlanMessage InvalidFrequency1 = {"Invalid Frequency 1 value.", kStyle, kTitle};
+inline constexpr PlanMessage InvalidFrequency2 = {"Invalid Frequency 2 value.", kStyle, kTitle};
+inline constexpr PlanMessage InvalidSetFrequency = {"Invalid set frequency value.", kStyle, kTitle};
+inline constexpr PlanMessage NoComplexPlan = {
+    "Please load plan by clicking on 'Get plan from file'", kStyle, kTitle};
+// The panel's start-up without an instrument.
+inline constexpr PlanMessage NoInstrumentDetected = {
+    "No instrument detected. Check instrument connection and power.", msgstyle::RetryCancel,
+    "SigGen Control"};
+}  // namespace planmsg
 
 }  // namespace synthor

@@ -1,6 +1,6 @@
 #include "session/carrier.hpp"
 
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 #include "runtime/convert.hpp"
 
 namespace synthor {
@@ -20,21 +20,6 @@ std::string SwitchOff(Session& s) {
 std::int16_t QueryLockState(Session& s) {
     s.link.WriteUSB("Y9");
     return static_cast<std::int16_t>(asc(s.link.ReadUSB(1)) & kLockMask);
-}
-
-std::string_view lockText(std::int16_t code) {
-    switch (code) {
-        case 0:
-            return panel::lock::Locked;
-        case 1:
-            return panel::lock::Unlocked;
-        case 4:
-            return panel::lock::AgcUnlocked;
-        case 5:
-            return panel::lock::BothUnlocked;
-        default:
-            return {};
-    }
 }
 
 }  // namespace synthor

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "session/session.hpp"
 
@@ -17,9 +16,5 @@ std::string SwitchOff(Session& s);
 // The instrument's lock bits: the reply to "Y9" AND 5 (1 PLL unlocked, 4 AGC unlocked). Raises
 // the invalid-argument error when no reply byte arrives.
 std::int16_t QueryLockState(Session& s);
-
-// The text of a lock code: "Locked", "Unlocked!", "AGC unlocked!" or "PLL and AGC Unlocked!";
-// empty for any other code.
-std::string_view lockText(std::int16_t code);
 
 }  // namespace synthor

@@ -29,6 +29,7 @@ TEST(CompanionFrequency, MovesAwayFromMixingProducts) {
 }
 
 struct WriterFixture : ::testing::Test {
+    WriterFixture() { driver.only = {"FT_Write"}; }  // the point writer only ever writes
     synthor::testing::FakeDriver driver;
     synthor::testing::RecordingPrompts prompts;
     synthor::testing::FakeClock clock;
@@ -78,6 +79,7 @@ TEST_F(WriterFixture, RunsOfPointsGoFourteenBytesApart) {
 // A failed write is tried once more and then ignored. A runtime error ends the run before its
 // point is sent; earlier points stay written.
 TEST_F(WriterFixture, Failures) {
+    driver.only.clear();  // failed writes go through the reconnect path
     driver.failAll("FT_Write");
     points(kPlanAddress, 2, 1e8, 1e6);
     const Lines lines = driver.take();

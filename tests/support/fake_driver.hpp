@@ -1,12 +1,16 @@
 // A scripted stand-in for the USB driver: every call is recorded as a wire-trace line, statuses
 // come from per-entry queues (OK once a queue is empty) and reads deliver queued replies. Tests
 // compare the recorded lines with the exact exchange they expect, so a surprise call fails them.
+// With `only` set, a call to any other entry point fails the test at once and is refused.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 #include <deque>
 #include <map>
+#include <set>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,6 +33,7 @@ class FakeDriver {
     std::map<std::string, std::deque<d2xx::Status>> statuses;
     std::deque<FakeRead> reads;  // an empty queue reads as a time-out: status 0, no bytes
     std::vector<std::string> lines;
+    std::set<std::string> only;  // the entry points a test expects; empty: any
 
     void fail(const std::string& entry, int times = 1, d2xx::Status status = d2xx::IoError) {
         for (int i = 0; i < times; ++i)
@@ -63,6 +68,8 @@ class FakeDriver {
             return next("FT_Write");
         };
         t.read = [this](d2xx::Handle, void* data, std::uint32_t n, std::uint32_t* got) {
+            *got = 0;
+            if (!expected("FT_Read")) return d2xx::InvalidHandle;
             FakeRead r;
             if (!reads.empty()) {
                 r = reads.front();
@@ -80,7 +87,13 @@ class FakeDriver {
     std::vector<std::string> take() { return std::exchange(lines, {}); }
 
   private:
+    bool expected(const std::string& entry) {
+        if (only.empty() || only.count(entry)) return true;
+        ADD_FAILURE() << "unexpected driver call " << entry;
+        return false;
+    }
     d2xx::Status next(const std::string& entry) {
+        if (!expected(entry)) return d2xx::InvalidHandle;
         if (const auto f = forever_.find(entry); f != forever_.end()) return f->second;
         auto& q = statuses[entry];
         if (q.empty()) return d2xx::Ok;

@@ -83,16 +83,27 @@ std::vector<Case> readCases(std::istream& in) {
         Case& c = cases.back();
         const std::string rest = l.size() > 2 ? l.substr(2) : "";
         switch (l[0]) {
-            case '$': c.options = splitWords(rest); break;
+            case '$':
+                c.options = splitWords(rest);
+                break;
             case '>':
                 c.script += rest + "\n";
                 c.hasScript = true;
                 break;
-            case '<': c.out.push_back(rest); break;
-            case '~': c.trace.push_back(rest); break;
-            case '!': c.err.push_back(rest); break;
-            case '?': c.status = std::stoi(rest); break;
-            default: throw std::runtime_error("line " + std::to_string(number) + ": " + l);
+            case '<':
+                c.out.push_back(rest);
+                break;
+            case '~':
+                c.trace.push_back(rest);
+                break;
+            case '!':
+                c.err.push_back(rest);
+                break;
+            case '?':
+                c.status = std::stoi(rest);
+                break;
+            default:
+                throw std::runtime_error("line " + std::to_string(number) + ": " + l);
         }
     }
     return cases;
@@ -150,8 +161,8 @@ bool runCase(const std::string& file, const Case& c, const std::filesystem::path
     } else if (!inOrder(c.err, lines(err.str()), true, missing)) {
         problem = "standard error lacks: " + missing + "\n  got:\n" + joined(lines(err.str()));
     } else if (status != c.status) {
-        problem = "exit status " + std::to_string(status) + ", expected " +
-                  std::to_string(c.status);
+        problem =
+            "exit status " + std::to_string(status) + ", expected " + std::to_string(c.status);
     }
     if (problem.empty()) return true;
     std::cerr << file << ":" << c.line << ":" << c.title << "\n  " << problem << "\n";
