@@ -10,8 +10,8 @@
 #include <cstring>
 #include <deque>
 #include <map>
-#include <set>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
