@@ -71,7 +71,7 @@ double calGridFrequency(std::int16_t i) {
 }
 
 double calEntry(std::string_view record, int k) {
-    const auto at = static_cast<std::size_t>(2 * (k - 1));
+    const std::size_t at = 2 * static_cast<std::size_t>(k - 1);
     if (at + 1 >= record.size()) raise(errnum::InvalidCall);  // a missing character has no code
     int h = static_cast<unsigned char>(record[at]);
     const int l = static_cast<unsigned char>(record[at + 1]);

@@ -29,7 +29,7 @@ TraceSink streamTraceSink(std::shared_ptr<std::ostream> out) {
     return [out = std::move(out)](const std::string& line) { *out << line << '\n' << std::flush; };
 }
 
-d2xx::DriverTable traced(d2xx::DriverTable inner, TraceSink sink) {
+d2xx::DriverTable traced(d2xx::DriverTable inner, const TraceSink& sink) {
     using d2xx::Handle;
     using d2xx::Status;
     auto in = std::make_shared<d2xx::DriverTable>(std::move(inner));

@@ -21,7 +21,7 @@ using TraceSink = std::function<void(const std::string& line)>;
 TraceSink streamTraceSink(std::shared_ptr<std::ostream> out);
 
 // Wraps every entry of `inner` so that each call is written to `sink` after it returns.
-d2xx::DriverTable traced(d2xx::DriverTable inner, TraceSink sink);
+d2xx::DriverTable traced(d2xx::DriverTable inner, const TraceSink& sink);
 
 // Bytes as two-digit upper-case hexadecimal separated by single blanks ("59 49 01").
 std::string hexBytes(std::string_view bytes);

@@ -29,11 +29,11 @@ UsbLink::UsbLink(d2xx::DriverTable driver, Prompts& prompts, Clock& clock)
       clock_(clock),
       readBuffer_(kReadBufferSize, '\0') {}
 
-std::string UsbLink::OpenUSB(std::string description) {
+std::string UsbLink::OpenUSB(const std::string& description) {
     return open(description, d2xx::OpenByDescription, 0);
 }
 
-std::string UsbLink::OpenUSBSN(std::string serial) {
+std::string UsbLink::OpenUSBSN(const std::string& serial) {
     return open(serial, d2xx::OpenBySerialNumber, 0);
 }
 

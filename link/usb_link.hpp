@@ -27,10 +27,10 @@ class UsbLink {
 
     // Opens by description (flag 2) and configures. "OK", "" after a successful retry of the
     // open, "Open Failed", or the configuration failure ("SetTimeouts Failed", ...).
-    std::string OpenUSB(std::string description);
+    std::string OpenUSB(const std::string& description);
     // Opens by USB serial number (flag 1); as OpenUSB, but a failed close after a configuration
     // failure gives "Close Failed".
-    std::string OpenUSBSN(std::string serial);
+    std::string OpenUSBSN(const std::string& serial);
     std::string CloseUSB();      // "OK" or "Close Failed"; USBHandle keeps its value
     std::string CyclePortUSB();  // "OK" or "Error"
 

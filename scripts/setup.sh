@@ -6,8 +6,11 @@ set -euo pipefail
 packages=(
     cmake ninja-build g++ pkg-config          # native build
     libgtest-dev libgmock-dev libbenchmark-dev  # tests and benchmarks
-    clang clang-format libclang-rt-14-dev       # fuzzing (libFuzzer) and format checks
-    g++-mingw-w64-x86-64-posix wine64           # Windows cross-build, run under wine
+    clang clang-format clang-tidy libclang-rt-14-dev  # fuzzing (libFuzzer), format and lint
+    g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools  # Windows cross-builds
+    wine wine64 libwine-dev fonts-wine          # the Windows builds, COM server and panel under wine
+    xvfb xauth xdotool imagemagick              # windows on a virtual screen, pictures of them
+    qt6-base-dev qt6-image-formats-plugins      # the Linux control panel
     locales                                     # a decimal-comma locale for the parsing tests
 )
 

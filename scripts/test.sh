@@ -13,10 +13,18 @@ step() { printf '\n== %s\n' "$*"; }
 step "format check"
 git ls-files '*.cpp' '*.hpp' | xargs clang-format --dry-run --Werror
 
+step "layer check"
+scripts/check-layers.sh
+
 step "build and test (GCC)"
 cmake -S . -B build -G Ninja >/dev/null
 cmake --build build -j2
 ctest --test-dir build --output-on-failure -j2
+
+step "clang-tidy (bugprone, performance)"
+git ls-files '*.cpp' | grep -v '^tests/\|^fuzz/\|^bench/\|/com/\|/win32/\|/gdiplus/' |
+    xargs -P2 -n8 clang-tidy -p build --quiet 2>/dev/null | tee build/tidy.txt
+if grep -q 'error:' build/tidy.txt; then echo "clang-tidy found problems"; exit 1; fi
 
 step "build and test (AddressSanitizer + UndefinedBehaviorSanitizer)"
 cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DSYNTHOR_SANITIZE=ON -DSYNTHOR_BENCH=OFF >/dev/null

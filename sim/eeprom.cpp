@@ -45,9 +45,10 @@ template <typename Power>
 void putLevelTable(std::vector<std::uint8_t>& image, std::uint32_t address, Power power) {
     for (int i = 1; i <= kCalibrationRecords; ++i) {
         const double f = gridFrequency(i);
-        std::uint8_t* record = image.data() + address + (i - 1) * kRecordSize;
+        std::uint8_t* record =
+            image.data() + address + static_cast<std::size_t>(i - 1) * kRecordSize;
         for (int k = 1; k <= kEntriesPerRecord; ++k)
-            putTableEntry(record + 2 * (k - 1), power(f, k));
+            putTableEntry(record + 2 * static_cast<std::size_t>(k - 1), power(f, k));
     }
 }
 
