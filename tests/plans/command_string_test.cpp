@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "plan_fixture.hpp"
+#include "support/session_fixture.hpp"
 #include "frames/sweep_frames.hpp"
 #include "plans/trigger.hpp"
 

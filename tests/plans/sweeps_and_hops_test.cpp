@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "plan_fixture.hpp"
+#include "support/session_fixture.hpp"
 #include "plans/freq_sweep.hpp"
 #include "plans/hops.hpp"
 #include "plans/level_sweeps.hpp"
