@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plan_fixture.hpp"
+#include "support/session_fixture.hpp"
 #include "plans/plan_files.hpp"
 
 namespace synthor::testing {
@@ -17,34 +17,7 @@ TEST(SweepBandCode, EdgesAreInclusiveAnd250MHzIsNoChange) {
         EXPECT_EQ(sweepBandCode(f), code) << f;
 }
 
-// Only the band table's frames (address 130080 and up).
-Frames tableFrames(const Frames& frames) {
-    Frames out;
-    for (const auto& f : frames) {
-        if (f.rfind("57 04 01 F", 0) == 0 || f.rfind("57 02 01 F", 0) == 0) out.push_back(f);
-    }
-    return out;
-}
-
 using FreqSweep = PlanTest;
-
-// Each band change is an entry (address, point); the first is the wrap from the last point back
-// to point 0. A plan inside one band code writes no table.
-TEST_F(FreqSweep, BandChangesFrom100To4100MHzWithTheWrapEntry) {
-    ASSERT_EQ(MakeFreqPlan(session, 100, 100, 41, 100, 0), "OK");
-    auto sent = frames();
-    // The wrap to point 0, then points 1 (200 MHz), 4 (500 MHz), 9, 19 and 39 (1, 2, 4 GHz).
-    EXPECT_EQ(tableFrames(sent),
-              (Frames{"57 04 01 FC 20 00 00 FF FF", "57 04 01 FC 22 00 01 FF FF",
-                      "57 04 01 FC 24 00 04 FF FF", "57 04 01 FC 26 00 09 FF FF",
-                      "57 04 01 FC 28 00 13 FF FF", "57 04 01 FC 2A 00 27 FF FF"}));
-    ASSERT_EQ(sent.size(), 6u + 41u);
-    EXPECT_NEAR(inst.readPoint(1024 + 14 * 40).a.frequencyHz.value_or(0), 4100e6, 1);
-    ASSERT_EQ(MakeFreqPlan(session, 130, 10, 37, 100, 0), "OK");  // 130 to 490 MHz
-    sent = frames();
-    EXPECT_TRUE(tableFrames(sent).empty());
-    EXPECT_EQ(sent.size(), 37u);
-}
 
 // Alternating 100 and 200 MHz gives one entry per point. 494 entries fill the table without a
 // message; the 495th ends it at 131068, with the end mark at 131070 and a message.
@@ -116,41 +89,6 @@ TEST_F(FreqSweep, StartFreqSweepTakesTheDwellBoxAndAZeroCount) {
     }
     EXPECT_EQ(status(1), "Status: Freq sweep");
     EXPECT_TRUE(session.panel.bold("Command12"));
-}
-
-// Stopping answers "Error": the result is never set on a stop.
-TEST_F(FreqSweep, GoSigGenFreqSweepStopAndMissingPlan) {
-    EXPECT_EQ(GoSigGenFreqSweep(session, "OFF"), "Error");
-    EXPECT_EQ(frames(), Frames{"59 41 00"});
-    EXPECT_EQ(status(1), "Status: CW");
-    EXPECT_EQ(GoSigGenFreqSweep(session, "ON"), "Error. No freq plan.");  // dialog cancelled
-    EXPECT_EQ(prompts.dialogs.size(), 1u);
-    // One stored point is refused; none is a subscript error.
-    session.plans.FreqPlanPresent = kTrue;
-    session.plans.freq.FreqPlanCount = 1;
-    EXPECT_EQ(GoSigGenFreqSweep(session, "ON"), "Error. Incorrect Start/Stop freq values.");
-    session.plans.freq.FreqPlanCount = 0;
-    EXPECT_EQ(raisedBy([&] { GoSigGenFreqSweep(session, "ON"); }), errnum::Subscript);
-}
-
-// No band change, four points, then the start frame with the count and the dwell less 26. The
-// level is rounded to 0.1 dB and clamped to 17; the plan is not asked for again.
-TEST_F(FreqSweep, GoSigGenFreqSweepUploadsAndStartsTheFilePlan) {
-    prompts.files.push_back(file("f.dat", std::string(kFreqSweepFile) + "4 1003\n"));
-    ASSERT_EQ(GoSigGenFreqSweep(session, "ON"), "OK");
-    EXPECT_EQ(session.plans.FreqPlanPresent, kTrue);
-    const auto sent = frames();
-    ASSERT_EQ(sent.size(), 5u);
-    EXPECT_EQ(sent.back(), "59 42 00 04 00 00 04 03 CE");
-    EXPECT_EQ(text("Text1"), "1000.00000");
-    EXPECT_EQ(text("Text5"), "0.0");
-    EXPECT_EQ(status(1), "Status: Freq sweep");
-    EXPECT_EQ(inst.runState().mode, sim::Mode::FrequencySweep);
-    EXPECT_EQ(inst.runState().count, 4);
-    session.plans.freq.FreqPlanLevel = 17.3F;
-    ASSERT_EQ(GoSigGenFreqSweep(session, "ON"), "OK");
-    EXPECT_EQ(text("Text5"), "17.0");
-    EXPECT_EQ(prompts.dialogs.size(), 1u);
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plan_fixture.hpp"
+#include "support/session_fixture.hpp"
 
 namespace synthor::testing {
 namespace {
