@@ -52,18 +52,6 @@ struct Options {
     bool help = false;
 };
 
-std::optional<long> parseByte(const std::string& text) {
-    try {
-        std::size_t used = 0;
-        const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-        const long v = std::stol(hex ? text.substr(2) : text, &used, hex ? 16 : 10);
-        if (used != text.size() - (hex ? 2 : 0) || v < 0 || v > 255) return std::nullopt;
-        return v;
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
-}
-
 Options parseOptions(const std::vector<std::string>& args) {
     Options o;
     std::size_t i = 0;
@@ -109,9 +97,8 @@ Options parseOptions(const std::vector<std::string>& args) {
             o.simConfig.version = value(a, inlineValue);
             o.simOptionSeen = true;
         } else if (a == "--sim-lock") {
-            const auto b = parseByte(value(a, inlineValue));
-            if (!b) throw UsageError{"--sim-lock takes a byte, 0 to 255 or 0x00 to 0xFF"};
-            o.simConfig.lock = static_cast<std::uint8_t>(*b);
+            if (!parseByte(value(a, inlineValue), o.simConfig.lock))
+                throw UsageError{"--sim-lock takes a byte, 0 to 255 or 0x00 to 0xFF"};
             o.simOptionSeen = true;
         } else if (a == "--sim-fault") {
             std::string error;

@@ -12,19 +12,6 @@ std::string status(d2xx::Status s) {
 
 }  // namespace
 
-std::string hexBytes(std::string_view bytes) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string out;
-    out.reserve(bytes.size() * 3);
-    for (const char c : bytes) {
-        const auto b = static_cast<unsigned char>(c);
-        if (!out.empty()) out.push_back(' ');
-        out.push_back(kDigits[b >> 4]);
-        out.push_back(kDigits[b & 15]);
-    }
-    return out;
-}
-
 TraceSink streamTraceSink(std::shared_ptr<std::ostream> out) {
     return [out = std::move(out)](const std::string& line) { *out << line << '\n' << std::flush; };
 }
