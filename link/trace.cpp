@@ -10,6 +10,30 @@ std::string status(d2xx::Status s) {
     return " = " + std::to_string(s);
 }
 
+// A text in double quotes with its quotes, backslashes and control bytes escaped (\", \\, \n,
+// \r, \t, \xHH), so that whatever a host passes, one driver call stays one trace line.
+std::string quotedText(std::string_view text) {
+    std::string out = "\"";
+    for (const char c : text) {
+        const auto b = static_cast<std::uint8_t>(c);
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (c == '\n') {
+            out += "\\n";
+        } else if (c == '\r') {
+            out += "\\r";
+        } else if (c == '\t') {
+            out += "\\t";
+        } else if (b < 0x20 || b == 0x7F) {
+            out += "\\x" + hexByte(b);
+        } else {
+            out += c;
+        }
+    }
+    return out + "\"";
+}
+
 }  // namespace
 
 TraceSink streamTraceSink(std::shared_ptr<std::ostream> out) {
@@ -23,8 +47,7 @@ d2xx::DriverTable traced(d2xx::DriverTable inner, TraceSink sink) {
     d2xx::DriverTable t;
     t.openEx = [in, sink](const char* arg, std::uint32_t flags, Handle* h) {
         const Status s = in->openEx(arg, flags, h);
-        sink("FT_OpenEx \"" + std::string(arg ? arg : "") + "\" " + std::to_string(flags) +
-             status(s));
+        sink("FT_OpenEx " + quotedText(arg ? arg : "") + " " + std::to_string(flags) + status(s));
         return s;
     };
     t.close = [in, sink](Handle h) {

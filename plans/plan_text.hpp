@@ -22,8 +22,7 @@ inline constexpr std::size_t kMaxPlanLine = 4096;
 class PlanText {
   public:
     explicit PlanText(ByteSource& source) : in_(source) {}
-    explicit PlanText(std::string_view text)
-        : owned_(textSource(text)), in_(*owned_) {}
+    explicit PlanText(std::string_view text) : owned_(textSource(text)), in_(*owned_) {}
 
     bool atEnd() { return in_.peek() < 0; }
     // True once an item or a line was too long or the input could not be read; the text then

@@ -1,11 +1,11 @@
 #include "runtime/bounded_input.hpp"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <istream>
-#include <sys/stat.h>
 
 #ifdef _WIN32
 #include <io.h>
@@ -87,9 +87,9 @@ class TextSource final : public ByteSource {
 
 // Why a file of this type is refused, or nothing when it may be read.
 const char* refusal(bool directory, bool regular, FileKind kind) {
-    if (directory) return "is a folder";
+    if (directory) return "a folder";
     if (kind == FileKind::Regular && !regular)
-        return "is not a regular file (a FIFO, device or socket)";
+        return "not a regular file (a FIFO, device or socket)";
     return nullptr;
 }
 
@@ -131,7 +131,7 @@ std::unique_ptr<ByteSource> openInput(const std::string& path, FileKind kind, st
         return nullptr;
     }
     if (const char* why = refusal(directory, regular, kind)) {
-        error = path + " " + why;
+        error = path + ": " + why;
         closeFd(fd);
         return nullptr;
     }

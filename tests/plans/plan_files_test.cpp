@@ -122,9 +122,12 @@ TEST_F(PlanFiles, FailedReads) {
     session.plans.level.LevelPlanValid = -1;
     EXPECT_FALSE(ReadPowerPlan2(session, (dir / "missing.dat").string()));
     EXPECT_EQ(session.plans.level.LevelPlanValid, 0);
+    // The upload with a stale count of 5 fails on unset points; the file's count is still
+    // stored, so the same file reads at the next try.
     session.plans.freq.FreqPlanCount = 5;
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, file("f.dat", kFreqSweepFile)));
-    EXPECT_EQ(session.plans.freq.FreqPlanCount, 5);
+    EXPECT_EQ(session.plans.freq.FreqPlanCount, 3);
+    EXPECT_TRUE(LoadFreqSweepPlan(session, true, file("f.dat", kFreqSweepFile)));
     // A good read through the dialog leaves the current folder alone.
     const auto before = std::filesystem::current_path();
     prompts.files.push_back(file("g.dat", kFreqSweepFile));
