@@ -5,17 +5,13 @@
 #include "plans/command_string.hpp"
 #include "plans/freq_sweep.hpp"
 #include "plans/plan_files.hpp"
+#include "plans/plan_messages.hpp"
 
 namespace synthor {
-namespace {
-
-const std::string kNoInstrumentConnected = "Error. No instrument connected.";
-
-}  // namespace
 
 std::string Synthor_01_vexa::ReadFplan(const Variant& fileName) {
     Session& s = session_;
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentConnected);
     const std::string name = toText(fileName);
     const bool read =
         name == "?" ? LoadFreqSweepPlan(s, false, std::string()) : LoadFreqSweepPlan(s, true, name);
@@ -32,7 +28,7 @@ std::string Synthor_01_vexa::SetFreqPlan(const Variant& start, const Variant& st
                                          const Variant& points, const Variant& dwell,
                                          const Variant& /*level*/) {
     Session& s = session_;
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentConnected);
     const double startMHz = toDouble(start);
     const double stepMHz = toDouble(step);
     const std::int32_t count = toLong(points);
@@ -45,7 +41,7 @@ std::string Synthor_01_vexa::SetFreqPlan(const Variant& start, const Variant& st
 
 std::string Synthor_01_vexa::GoFreqSweep() {
     Session& s = session_;
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentConnected);
     if (s.plans.freq.FreqPlanValid != kTrue) return "Error. No freq plan.";
     StartFreqSweep(s);
     return "OK";

@@ -5,8 +5,12 @@
 #include <cmath>
 
 #include "calibration/sig_gen_routines.hpp"
-#include "encoding/packing.hpp"
+#include "encoding/limits.hpp"
 #include "encoding/phase.hpp"
+#include "form/status_texts.hpp"
+#include "frames/packing.hpp"
+#include "frames/sweep_frames.hpp"
+#include "plans/plan_messages.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/format.hpp"
 #include "runtime/text.hpp"
@@ -14,17 +18,7 @@
 namespace synthor {
 namespace {
 
-const std::string kNoInstrumentFound = "Error. No instrument found.";
-const std::string kNoInstrumentConnected = "Error. No instrument connected.";
-
-constexpr double kMinFrequency = 300000;
-constexpr double kMaxFrequency = 8.192e9;
-constexpr double kMinLevel = -25;
-constexpr double kMaxLevel = 17;
 constexpr double kCwStep = 1000.0;
-
-constexpr float kPhaseFullScale = 360;  // larger phases are sent as a full turn
-
 constexpr std::uint8_t kLockMask = 5;
 
 }  // namespace
@@ -55,7 +49,7 @@ std::int16_t Synthor_01_vexa::FNDSN(const std::string& serial) {
 
 std::string Synthor_01_vexa::CloseSigGen() {
     UsbLink& link = session_.link;
-    if (link.InstrumentFound == kFalse) return kNoInstrumentFound;
+    if (link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentFound);
     std::string result = link.CloseUSB();
     link.InstrumentFound = kFalse;
     return result;
@@ -69,7 +63,7 @@ std::string Synthor_01_vexa::SwitchOff() {
 }
 
 std::string Synthor_01_vexa::GenOff() {
-    if (session_.link.InstrumentFound == kFalse) return kNoInstrumentFound;
+    if (session_.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentFound);
     return SwitchOff();
 }
 
@@ -77,19 +71,18 @@ std::string Synthor_01_vexa::ShowUI() {
     // Without a window front end there is no panel to show: the call answers as it does
     // without an instrument.
     if (session_.link.InstrumentFound == kFalse || !session_.showModal)
-        return kNoInstrumentConnected;
+        return std::string(planresult::NoInstrumentConnected);
     session_.showModal();
     return "OK";
 }
 
 std::string Synthor_01_vexa::SetFrequency(const Variant& frequency, const Variant& level) {
     Session& s = session_;
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentConnected);
     const double f = toDouble(frequency) * 1e6;
-    if (f < kMinFrequency || f > kMaxFrequency) return "Error. Invalid frequency.";
+    if (f < kMinHz || f > kMaxHz) return "Error. Invalid frequency.";
     const double dBm = toDouble(level);
     if (dBm < kMinLevel || dBm > kMaxLevel) return "Error. Invalid power.";
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
     s.CWFrequency = f;
     s.freqLevel.setFrequencyAndLevel(kCwAddress, 1, f, kCwStep, kCompanionOffset, csng(dBm),
                                      kLevelB);
@@ -99,15 +92,14 @@ std::string Synthor_01_vexa::SetFrequency(const Variant& frequency, const Varian
 
 std::string Synthor_01_vexa::SetPhase(const Variant& phase) {
     Session& s = session_;
-    if (s.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
-    if (s.CWFrequency < kMinFrequency || s.CWFrequency > kMaxFrequency) {
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentConnected);
+    if (s.CWFrequency < kMinHz || s.CWFrequency > kMaxHz) {
         return "Error. Frequency not set." + formatGeneral(s.CWFrequency);
     }
     float p = csng(std::fabs(toDouble(phase)));
     if (p > kPhaseFullScale) p = kPhaseFullScale;
     const float fMHz = csng(s.CWFrequency / 1e6);  // the band is chosen in single precision
-    const TwoBytes w = splitTwo(bandScaledPhaseWord(phaseWordOf(p), fMHz));
-    s.link.WriteUSB(std::string{'Y', 'Q', static_cast<char>(w.high), static_cast<char>(w.low)});
+    s.link.WriteUSB(phaseFrame(bandScaledPhaseWord(phaseWordOf(p), fMHz)));
     return "OK";
 }
 
@@ -122,25 +114,9 @@ std::int16_t Synthor_01_vexa::QueryLockState() {
 }
 
 std::string Synthor_01_vexa::LockStatus() {
-    if (session_.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
-    std::string result = "Unknown";
-    switch (QueryLockState()) {
-        case 0:
-            result = "Locked";
-            break;
-        case 1:
-            result = "Unlocked!";
-            break;
-        case 4:
-            result = "AGC unlocked!";
-            break;
-        case 5:
-            result = "PLL and AGC Unlocked!";
-            break;
-        default:
-            break;  // cannot happen after the mask
-    }
-    return result;
+    if (session_.link.InstrumentFound == kFalse)
+        return std::string(planresult::NoInstrumentConnected);
+    return std::string(panel::lock::textOf(QueryLockState()));
 }
 
 namespace {

@@ -161,30 +161,6 @@ constexpr std::array kLayout = std::to_array<ControlEntry>({
 
 }  // namespace
 
-std::string_view kindName(ControlKind kind) {
-    switch (kind) {
-        case K::Frame:
-            return "frame";
-        case K::Label:
-            return "label";
-        case K::Line:
-            return "line";
-        case K::TextBox:
-            return "text box";
-        case K::CommandButton:
-            return "command button";
-        case K::OptionButton:
-            return "option button";
-        case K::CheckBox:
-            return "check box";
-        case K::FileDialog:
-            return "file dialog";
-        case K::StatusBar:
-            return "status bar";
-    }
-    return "control";
-}
-
 std::span<const ControlEntry> formLayout() {
     return kLayout;
 }

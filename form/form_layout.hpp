@@ -20,9 +20,6 @@ enum class ControlKind {
     StatusBar,
 };
 
-// The kind's name as a person reads it ("text box", "option button", ...).
-std::string_view kindName(ControlKind kind);
-
 struct ControlEntry {
     std::string_view name;
     ControlKind kind;

@@ -37,10 +37,6 @@ inline constexpr std::string_view Am400 = "Status: AM 400Hz";
 inline constexpr std::string_view Am1k = "Status: AM 1kHz";
 inline constexpr std::string_view AmExt = "Status: AM Ext";
 
-inline constexpr std::array<std::string_view, 15> kAll = {
-    CW,       Off,   Loading, FreqSweep, LevelSweep, ComplexSweep, FreqHop, PhaseHop,
-    LevelHop, Fm400, Fm1k,    FmExt,     Am400,      Am1k,         AmExt,
-};
 }  // namespace status
 
 // Panel 2: the trigger, indexed by trigger mode (0 free run, 1 rising edge, 2 falling edge).
@@ -57,6 +53,11 @@ inline constexpr std::string_view Locked = "Locked";
 inline constexpr std::string_view Unlocked = "Unlocked!";
 inline constexpr std::string_view AgcUnlocked = "AGC unlocked!";
 inline constexpr std::string_view BothUnlocked = "PLL and AGC Unlocked!";
+// The text for lock bits (the reply to "Y9" AND 5).
+constexpr std::string_view textOf(int bits) {
+    return (bits & 4) ? ((bits & 1) ? BothUnlocked : AgcUnlocked)
+                      : ((bits & 1) ? Unlocked : Locked);
+}
 }  // namespace lock
 
 // Prefixes of panels 3 to 6, and the panel's own version shown in panel 6.

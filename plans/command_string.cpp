@@ -10,6 +10,7 @@
 #include "plans/level_sweeps.hpp"
 #include "plans/plan_common.hpp"
 #include "plans/plan_files.hpp"
+#include "plans/plan_messages.hpp"
 #include "plans/plan_text.hpp"
 #include "plans/trigger.hpp"
 #include "runtime/convert.hpp"
@@ -31,26 +32,7 @@ constexpr double kMaxDeviationKHz = 200.0;
 constexpr float kMinDepth = 5.0F;
 constexpr float kMaxDepth = 90.0F;
 
-namespace text {
-constexpr std::string_view NoInstrumentFound = "Error. No instrument found.";
-constexpr std::string_view NoInstrument = "Error. No instrument.";
-constexpr std::string_view InvalidFrequency = "Error. Invalid frequency.";
-constexpr std::string_view InvalidLevel = "Error. Invalid level.";
-constexpr std::string_view IncorrectFreq = "Error. Incorrect Freq value.";
-constexpr std::string_view FmFreq = "Error. Freq outside valid range.";
-constexpr std::string_view FmLevel = "Error. Level outside valid range.";
-constexpr std::string_view FmDeviation = "Error. Deviation exceeds 200kHz.";
-constexpr std::string_view ExtFmLow = "Value < 0.3MHz not allowed";
-constexpr std::string_view ExtFmHigh = "Value > 8.192GHz not allowed";
-constexpr std::string_view AmFreq = "Error. Frequency outside allowed range.";
-constexpr std::string_view AmLevel = "Error. Output level outside allowed range.";
-constexpr std::string_view AmDepth = "Error. Modulation depth is 5-90%.";
-constexpr std::string_view AmDepthHigh = "Maximum modulation depth is 90%. Value reset.";
-constexpr std::string_view AmDepthLow = "Minimum modulation depth is 5%. Value reset.";
-constexpr std::string_view ReadFreqPlanFailed = "Error reading frequency plan.";
-constexpr std::string_view ReadPowerPlanFailed = "Error";
-constexpr std::string_view ReadComplexPlanFailed = "Error reading frequency plan.";
-}  // namespace text
+namespace text = commandresult;
 
 // P1..P5, Missing beyond those given: a keyword that reads a parameter the host did not pass
 // raises the type-mismatch error.
@@ -318,7 +300,7 @@ std::span<const std::string_view> sigGenKeywords() {
 
 std::string SetSigGen(Session& s, const Variant& command, std::span<const Variant> params) {
     const std::string keyword = ucase(toText(command));
-    if (s.link.InstrumentFound == kFalse) return std::string(text::NoInstrumentFound);
+    if (s.link.InstrumentFound == kFalse) return std::string(planresult::NoInstrumentFound);
     const Params p(params);
     for (const Keyword& k : kKeywords) {
         if (k.name == keyword) return k.run(s, p);

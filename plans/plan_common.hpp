@@ -6,23 +6,12 @@
 #include <cstdint>
 #include <string_view>
 
+#include "encoding/limits.hpp"
 #include "encoding/phase.hpp"
-#include "plans/sweep_frames.hpp"
+#include "frames/sweep_frames.hpp"
 #include "session/session.hpp"
 
 namespace synthor {
-
-// Frequency limits in MHz and Hz, level limits in dBm, dwell limits in µs.
-inline constexpr double kMinMHz = 0.3;
-inline constexpr double kMaxMHz = 8192.0;
-inline constexpr double kMinHz = 300000.0;
-inline constexpr double kMaxHz = 8.192e9;
-inline constexpr float kMinLevel = -25.0F;
-inline constexpr float kMaxLevel = 17.0F;
-inline constexpr float kPlanMaxLevel = 15.0F;  // ceiling of plans built or read with messages
-inline constexpr std::int32_t kMinDwell = 26;
-inline constexpr std::int32_t kMaxDwell = 65500;
-inline constexpr std::int32_t kMinComplexDwell = 20;
 
 // Text-box patterns.
 inline constexpr std::string_view kMHzPattern = "###0.00000";

@@ -1,5 +1,5 @@
-// The message boxes and result texts of the plan routines. Message boxes all take the panel's
-// convention for a user's input error: exclamation icon, OK button, title "Signal Gen".
+// Every result text and message box of the library, in one place. Message boxes all take the
+// panel's convention for a user's input error: exclamation icon, OK button, title "Signal Gen".
 #pragma once
 
 #include <string_view>
@@ -32,14 +32,15 @@ inline void showMessage(Prompts& prompts, const PlanMessage& m) {
     prompts.msgBox(m.text, m.style, m.title);
 }
 
-// Result texts.
+// Result texts of the automation methods, the command strings and the plan routines.
 namespace planresult {
+inline constexpr std::string_view NoInstrumentFound = "Error. No instrument found.";
+inline constexpr std::string_view NoInstrumentConnected = "Error. No instrument connected.";
 inline constexpr std::string_view OK = "OK";
 inline constexpr std::string_view Error = "Error";
 inline constexpr std::string_view True = "True";
 inline constexpr std::string_view InvalidStartFreq = "Error. Invalid start freq.";
 inline constexpr std::string_view EndFreqTooHigh = "Error. End freq > 8192 MHz.";
-inline constexpr std::string_view InvalidPoints = "Error. Invalid # pts.";  // never returned
 inline constexpr std::string_view NoFreqPlan = "Error. No freq plan.";
 inline constexpr std::string_view StartStopFreq = "Error. Incorrect Start/Stop freq values.";
 inline constexpr std::string_view IncorrectFreq = "Error. Incorrect freq value.";
@@ -53,5 +54,26 @@ inline constexpr std::string_view IncorrectPhase = "Error. Incorret phasae value
 inline constexpr std::string_view SamePhases = "Error. Phase values cannot be the same.";
 inline constexpr std::string_view IncorrectDwellTime = "Error. Incorrect Dwell time.";
 }  // namespace planresult
+
+// Result texts and message texts of the command strings.
+namespace commandresult {
+inline constexpr std::string_view NoInstrument = "Error. No instrument.";
+inline constexpr std::string_view InvalidFrequency = "Error. Invalid frequency.";
+inline constexpr std::string_view InvalidLevel = "Error. Invalid level.";
+inline constexpr std::string_view IncorrectFreq = "Error. Incorrect Freq value.";
+inline constexpr std::string_view FmFreq = "Error. Freq outside valid range.";
+inline constexpr std::string_view FmLevel = "Error. Level outside valid range.";
+inline constexpr std::string_view FmDeviation = "Error. Deviation exceeds 200kHz.";
+inline constexpr std::string_view ExtFmLow = "Value < 0.3MHz not allowed";
+inline constexpr std::string_view ExtFmHigh = "Value > 8.192GHz not allowed";
+inline constexpr std::string_view AmFreq = "Error. Frequency outside allowed range.";
+inline constexpr std::string_view AmLevel = "Error. Output level outside allowed range.";
+inline constexpr std::string_view AmDepth = "Error. Modulation depth is 5-90%.";
+inline constexpr std::string_view AmDepthHigh = "Maximum modulation depth is 90%. Value reset.";
+inline constexpr std::string_view AmDepthLow = "Minimum modulation depth is 5%. Value reset.";
+inline constexpr std::string_view ReadFreqPlanFailed = "Error reading frequency plan.";
+inline constexpr std::string_view ReadPowerPlanFailed = "Error";
+inline constexpr std::string_view ReadComplexPlanFailed = "Error reading frequency plan.";
+}  // namespace commandresult
 
 }  // namespace synthor

@@ -122,9 +122,6 @@ float csng(double x) {
     return static_cast<float>(x);
 }
 
-double intFloor(double x) {
-    return std::floor(x);
-}
 double fix(double x) {
     return std::trunc(x);
 }

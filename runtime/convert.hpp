@@ -16,8 +16,7 @@ std::uint8_t cbyte(double x);
 // Single precision, with error 6 for values beyond its range.
 float csng(double x);
 
-// Integer part toward minus infinity (Int) and toward zero (Fix).
-double intFloor(double x);
+// Integer part toward zero (Fix).
 double fix(double x);
 
 // Rounds to `digits` decimals, ties to even.

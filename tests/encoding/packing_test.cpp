@@ -1,7 +1,7 @@
 // Splitting numbers into frame bytes and the fixed frames built from them.
 #include <gtest/gtest.h>
 
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 #include "runtime/raised_by.hpp"
 
 namespace synthor {
@@ -28,19 +28,6 @@ TEST(Split, MostSignificantFirstAndNothingBeyondTheWidth) {
     }
     for (const std::int32_t v : {65536, -1}) {
         EXPECT_EQ(raisedBy([&] { splitTwo(v); }), errnum::Overflow) << v;
-    }
-}
-
-// Arguments at or below 1e-11 are raised to it, in the caller's variable too.
-TEST(Log10Floor, RaisesTinyArgumentsToTheFloorInPlace) {
-    const std::tuple<double, double, double> cases[] = {
-        {0, -11, 1e-11},     {-5, -11, 1e-11}, {1e-12, -11, 1e-11},
-        {1e-11, -11, 1e-11}, {1000, 3, 1000},  {1, 0, 1},
-    };
-    for (const auto& [x, result, after] : cases) {
-        double arg = x;
-        EXPECT_DOUBLE_EQ(log10Floor(arg), result) << x;
-        EXPECT_EQ(arg, after) << x;
     }
 }
 

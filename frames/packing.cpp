@@ -1,4 +1,4 @@
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 
 #include <cmath>
 
@@ -20,11 +20,6 @@ TwoBytes splitTwo(std::int32_t v) {
     const std::uint8_t high = cbyte(std::floor(v / 256.0));
     const std::uint8_t low = cbyte(v % 256);
     return {high, low};
-}
-
-double log10Floor(double& x) {
-    if (x < 1e-11) x = 1e-11;
-    return std::log(x) / std::log(10.0);
 }
 
 MemoryWriteFrame memoryWriteFrame(std::int32_t address, const PointRecord& record) {

@@ -31,10 +31,6 @@ ThreeBytes splitThree(std::int32_t v);
 // v as two bytes, most significant first. Raises the overflow error outside 0..65535.
 TwoBytes splitTwo(std::int32_t v);
 
-// log10(x), with x raised to 1e-11 first when it is smaller: the caller's variable is
-// overwritten.
-double log10Floor(double& x);
-
 // "W", 14, the address in three bytes, the 14 record bytes. Raises the overflow error for an
 // address outside 0..16777215.
 using MemoryWriteFrame = std::array<char, 5 + kPointSize>;
