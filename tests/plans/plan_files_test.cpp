@@ -113,6 +113,13 @@ TEST_F(PlanFiles, FailedReads) {
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, (dir / "missing.dat").string()));
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, dir.string()));
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, file("v.dat", "[FREQUENCYSWEEP]\n[DWELL]\n")));
+    // An item or a plan line past its limit ends the read (each file reads well without it).
+    const std::string blanks(kMaxPlanItem, ' ');
+    EXPECT_FALSE(
+        LoadFreqSweepPlan(session, true, file("i.dat", freqFile("[LEVEL]," + blanks + "1"))));
+    const std::string longLine(kMaxPlanLine + 1, 'y');
+    EXPECT_FALSE(
+        LoadFreqSweepPlan(session, true, file("p.dat", freqFile("", "1 1\n2 2\n" + longLine))));
     EXPECT_FALSE(LoadFreqSweepPlan(session, false, ""));  // dialog cancelled
     EXPECT_TRUE(prompts.boxes.empty());
     ASSERT_EQ(prompts.dialogs.size(), 1u);
