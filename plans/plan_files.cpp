@@ -72,10 +72,9 @@ ScanEnd scanPlan(ByteSource& file, std::span<const Marker> markers, std::size_t 
     while (!in.atEnd()) {
         const auto item = in.nextItem();
         if (!item) break;
-        const std::string upper = ucase(*item);
         const Marker* hit = nullptr;
         for (const Marker& m : markers) {
-            if (m.text == upper) hit = &m;
+            if (equalsIgnoreCase(m.text, *item)) hit = &m;
         }
         if (hit == nullptr) continue;
         switch (hit->act) {

@@ -37,7 +37,8 @@ std::optional<std::string> PlanText::nextItem() {
     } else {
         while (!failed_ && !isItemEnd(in_.peek()))
             item.push_back(static_cast<char>(take()));
-        item = std::string(trimBlanks(item));
+        const std::string_view trimmed = trimBlanks(item);
+        if (trimmed.size() != item.size()) item = std::string(trimmed);
     }
     if (failed()) return std::nullopt;
     if (in_.peek() == ',') {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "plan_fixture.hpp"
+#include "plans/plan_text.hpp"
 
 namespace synthor::testing {
 namespace {
