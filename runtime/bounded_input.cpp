@@ -61,12 +61,15 @@ class FileSource final : public ByteSource {
 class StreamSource final : public ByteSource {
   public:
     explicit StreamSource(std::istream& in) : in_(in) {}
+    // Takes what the stream has at hand (at least one byte, waiting for it if need be), never
+    // waiting for a whole buffer: a script fed line by line through a pipe runs line by line.
     std::ptrdiff_t read(char* buffer, std::size_t size) override {
-        if (!in_.good()) return in_.bad() ? -1 : 0;
-        in_.read(buffer, static_cast<std::streamsize>(size));
-        const std::streamsize n = in_.gcount();
-        if (n == 0 && in_.bad()) return -1;
-        return static_cast<std::ptrdiff_t>(n);
+        std::streambuf* in = in_.rdbuf();
+        if (in == nullptr) return -1;
+        if (in->sgetc() == std::char_traits<char>::eof()) return 0;
+        const std::streamsize ready = std::max<std::streamsize>(in->in_avail(), 1);
+        return static_cast<std::ptrdiff_t>(
+            in->sgetn(buffer, std::min(ready, static_cast<std::streamsize>(size))));
     }
 
   private:
