@@ -376,7 +376,8 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
                 c.args.push_back(parseArgumentWord(o.call[i]));
             if (!runner.call(c, "")) status = 2;
         }
-        return runner.checkWrites() || status != 0 ? status : 1;
+        const bool written = runner.checkWrites();
+        return status != 0 ? status : (written ? 0 : 1);
     } catch (const UsageError& e) {
         err << "synthor: " << e.message << '\n' << kUsage;
         return 2;
