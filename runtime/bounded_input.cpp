@@ -102,6 +102,12 @@ const char* refusal(bool directory, bool regular, FileKind kind) {
 
 std::unique_ptr<ByteSource> openInput(const std::string& path, FileKind kind, std::string& error) {
 #ifdef _WIN32
+    // Opening a folder fails on Windows with a bare "Permission denied"; say what it is instead.
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        error = path + ": " + refusal(true, false, kind);
+        return nullptr;
+    }
     const int fd = _open(path.c_str(), _O_RDONLY | _O_BINARY);
     if (fd < 0) {
         error = path + ": " + std::strerror(errno);
