@@ -14,6 +14,7 @@
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
 #include "panel/handlers.hpp"
+#include "runtime/bounded_input.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/text.hpp"
 #include "session/session.hpp"
@@ -54,40 +55,39 @@ struct Options {
     bool help = false;
 };
 
-std::optional<long> parseByte(const std::string& text) {
-    try {
-        std::size_t used = 0;
-        const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-        const long v = std::stol(hex ? text.substr(2) : text, &used, hex ? 16 : 10);
-        if (used != text.size() - (hex ? 2 : 0) || v < 0 || v > 255) return std::nullopt;
-        return v;
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
-}
-
 Options parseOptions(const std::vector<std::string>& args) {
     Options o;
     std::size_t i = 0;
-    auto value = [&](const std::string& name, std::string& inlineValue) -> std::string {
-        if (!inlineValue.empty()) return inlineValue;
-        if (i + 1 >= args.size()) throw UsageError{name + " needs a value"};
-        return args[++i];
+    std::optional<std::string> inlineValue;  // the text after "=" in "--name=value"
+    // An option's value, inline or the next word; an empty one is refused.
+    auto value = [&](const std::string& name) -> std::string {
+        std::string v;
+        if (inlineValue) {
+            v = *inlineValue;
+        } else if (i + 1 < args.size()) {
+            v = args[++i];
+        } else {
+            throw UsageError{name + " needs a value"};
+        }
+        if (v.empty()) throw UsageError{name + " needs a value, not an empty one"};
+        return v;
     };
     for (; i < args.size(); ++i) {
         std::string a = args[i];
-        if (a.rfind("--", 0) != 0 || a == "--") {
-            if (a == "--") ++i;
+        if (a == "--") {
+            ++i;
             break;
         }
-        std::string inlineValue;
-        if (const auto eq = a.find('=');
-            eq != std::string::npos && a.rfind("--sim-fault", 0) != 0) {
+        // A call name never starts with "-", so any such word here is an option.
+        if (a.empty() || a[0] != '-') break;
+        if (a.rfind("--", 0) != 0) throw UsageError{"unknown option " + a};
+        inlineValue.reset();
+        if (const auto eq = a.find('='); eq != std::string::npos) {
             inlineValue = a.substr(eq + 1);
             a = a.substr(0, eq);
-        } else if (a.rfind("--sim-fault=", 0) == 0) {
-            inlineValue = a.substr(std::string("--sim-fault=").size());
-            a = "--sim-fault";
+        }
+        if ((a == "--help" || a == "--sim") && inlineValue) {
+            throw UsageError{a + " takes no value"};
         }
         if (a == "--help") {
             o.help = true;
@@ -95,38 +95,37 @@ Options parseOptions(const std::vector<std::string>& args) {
             o.sim = true;
         } else if (a == "--sim-eeprom") {
             std::string error;
-            if (!sim::loadEepromFile(value(a, inlineValue), o.simConfig.eeprom, error)) {
+            if (!sim::loadEepromFile(value(a), o.simConfig.eeprom, error)) {
                 throw UsageError{error};
             }
             o.simOptionSeen = true;
         } else if (a == "--sim-usb-serial") {
-            o.simConfig.usbSerial = value(a, inlineValue);
+            o.simConfig.usbSerial = value(a);
             o.simOptionSeen = true;
         } else if (a == "--sim-status") {
-            const std::string v = value(a, inlineValue);
+            const std::string v = value(a);
             if (v.size() != 1) throw UsageError{"--sim-status takes exactly one character"};
             o.simConfig.status = v[0];
             o.simOptionSeen = true;
         } else if (a == "--sim-version") {
-            o.simConfig.version = value(a, inlineValue);
+            o.simConfig.version = value(a);
             o.simOptionSeen = true;
         } else if (a == "--sim-lock") {
-            const auto b = parseByte(value(a, inlineValue));
-            if (!b) throw UsageError{"--sim-lock takes a byte, 0 to 255 or 0x00 to 0xFF"};
-            o.simConfig.lock = static_cast<std::uint8_t>(*b);
+            if (!parseByte(value(a), o.simConfig.lock))
+                throw UsageError{"--sim-lock takes a byte, 0 to 255 or 0x00 to 0xFF"};
             o.simOptionSeen = true;
         } else if (a == "--sim-fault") {
             std::string error;
-            if (!sim::applyFault(value(a, inlineValue), o.simConfig.faults, error)) {
+            if (!sim::applyFault(value(a), o.simConfig.faults, error)) {
                 throw UsageError{error};
             }
             o.simOptionSeen = true;
         } else if (a == "--trace") {
-            o.tracePath = value(a, inlineValue);
+            o.tracePath = value(a);
         } else if (a == "--dialog") {
-            o.dialogs.push_back(value(a, inlineValue));
+            o.dialogs.push_back(value(a));
         } else if (a == "--script") {
-            o.scriptPath = value(a, inlineValue);
+            o.scriptPath = value(a);
         } else {
             throw UsageError{"unknown option " + a};
         }
@@ -153,8 +152,8 @@ std::string quoted(std::string_view text) {
 // Cancel on retry/cancel, OK otherwise; dialogs take the --dialog answers in order.
 class ScriptPrompts final : public Prompts {
   public:
-    ScriptPrompts(std::ostream& out, std::deque<std::string> answers)
-        : out_(out), answers_(std::move(answers)) {}
+    ScriptPrompts(std::ostream& out, std::ostream& err, std::deque<std::string> answers)
+        : out_(out), err_(err), answers_(std::move(answers)) {}
 
     MsgResult msgBox(std::string_view text, int style, std::string_view title) override {
         out_ << "msgbox " << style << ' ' << quoted(title) << ' ' << quoted(text) << '\n';
@@ -172,15 +171,18 @@ class ScriptPrompts final : public Prompts {
         return path;
     }
 
+    void report(std::string_view problem) override { err_ << "synthor: " << problem << '\n'; }
+
   private:
     std::ostream& out_;
+    std::ostream& err_;
     std::deque<std::string> answers_;
 };
 
 class Runner {
   public:
     Runner(const Options& o, std::ostream& out, std::ostream& err)
-        : out_(out), err_(err), prompts_(out, o.dialogs) {
+        : out_(out), err_(err), prompts_(out, err, o.dialogs) {
         d2xx::DriverTable table;
         if (o.sim) {
             instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
@@ -201,9 +203,9 @@ class Runner {
             }
         }
         if (!o.tracePath.empty()) {
-            auto file = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
-            if (!*file) throw UsageError{"cannot write the trace file " + o.tracePath};
-            table = traced(std::move(table), streamTraceSink(file));
+            trace_ = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
+            if (!*trace_) throw UsageError{"cannot write the trace file " + o.tracePath};
+            table = traced(std::move(table), streamTraceSink(trace_));
         }
         session_ = std::make_unique<Session>(std::move(table), prompts_, clock_);
         panel::EepromData& loading = panel::attachHandlers(*session_);
@@ -223,47 +225,65 @@ class Runner {
         object_ = std::make_unique<Synthor_01_vexa>(*session_);
     }
 
-    void call(const ScriptCall& c, const std::string& where) {
+    // Runs one call; false when there is no such call in this build. Whatever the call throws
+    // becomes its "raised" line, and the script goes on.
+    bool call(const ScriptCall& c, const std::string& where) {
+        bool known = true;
+        try {
+            known = dispatch(c, where);
+        } catch (...) {
+            const RuntimeError e = currentAsRuntimeError();
+            out_ << "raised " << e.number() << ": " << e.description() << '\n';
+        }
+        out_.flush();
+        checkWrites();
+        return known;
+    }
+
+    // Says once on standard error when results or the trace could not be written; true while
+    // every write has succeeded.
+    bool checkWrites() {
+        const auto complain = [&](bool& said, const char* what) {
+            if (!said) err_ << "synthor: cannot write " << what << "; it is incomplete\n";
+            said = true;
+        };
+        if (!out_) complain(outLost_, "the results to standard output");
+        if (trace_ && !trace_->flush()) complain(traceLost_, "the trace file");
+        return !outLost_ && !traceLost_;
+    }
+
+  private:
+    bool dispatch(const ScriptCall& c, const std::string& where) {
         const std::string name = lcase(c.name);
         if (name == "sim.output") {
             if (!instrument_) {
                 err_ << "synthor: " << where << "Sim.Output needs --sim\n";
-                return;
+                return true;
             }
             out_ << instrument_->describeOutput();
-            return;
+            return true;
         }
         if (name.rfind("panel.", 0) == 0) {
-            try {
-                panelCall(name.substr(6), c, where);
-            } catch (const RuntimeError& e) {
-                out_ << "raised " << e.number() << ": " << e.description() << '\n';
-            }
-            out_.flush();
-            return;
+            panelCall(name.substr(6), c, where);
+            return true;
         }
         const AutomationMethod* m = findAutomationMethod(c.name);
         if (!m) {
             err_ << "synthor: " << where << "unknown call " << c.name << '\n';
-            return;
+            return false;
         }
         if (!m->invoke) {
             err_ << "synthor: " << where << m->name << " is not available in this build\n";
-            return;
+            return false;
         }
-        try {
-            const auto n = static_cast<int>(c.args.size());
-            if (n < m->minArgs || n > m->maxArgs) raise(errnum::WrongArgCount);
-            std::vector<Variant> args = c.args;
-            args.resize(static_cast<std::size_t>(m->maxArgs), Missing{});
-            out_ << toText(m->invoke(*object_, args)) << '\n';
-        } catch (const RuntimeError& e) {
-            out_ << "raised " << e.number() << ": " << e.description() << '\n';
-        }
-        out_.flush();
+        const auto n = static_cast<int>(c.args.size());
+        if (n < m->minArgs || n > m->maxArgs) raise(errnum::WrongArgCount);
+        std::vector<Variant> args = c.args;
+        args.resize(static_cast<std::size_t>(m->maxArgs), Missing{});
+        out_ << toText(m->invoke(*object_, args)) << '\n';
+        return true;
     }
 
-  private:
     // The headless panel: Set/Click/Select/Load/Close act and print nothing of their own;
     // Get/Value/Bold/Enabled/Status print the control's state.
     void panelCall(const std::string& action, const ScriptCall& c, const std::string& where) {
@@ -310,19 +330,35 @@ class Runner {
     std::unique_ptr<sim::Instrument> instrument_;
     std::unique_ptr<Session> session_;
     std::unique_ptr<Synthor_01_vexa> object_;
+    std::shared_ptr<std::ofstream> trace_;
+    bool outLost_ = false;
+    bool traceLost_ = false;
 };
 
-int runScript(Runner& runner, std::istream& script, std::ostream& err) {
+// Runs the script line by line. A line too long to be a script line, or a read error, stops it
+// as an unreadable script (a stream without line ends, such as /dev/zero, ends there too).
+int runScript(Runner& runner, ByteSource& script, const std::string& name, std::ostream& err) {
+    BoundedReader in(script);
     std::string line;
-    int number = 0;
-    while (std::getline(script, line)) {
-        ++number;
-        const ParsedLine parsed = parseScriptLine(line);
+    for (int number = 1;; ++number) {
         const std::string where = "line " + std::to_string(number) + ": ";
+        switch (in.nextLine(line, kMaxScriptLine)) {
+            case BoundedReader::Line::End:
+                return 0;
+            case BoundedReader::Line::TooLong:
+                err << "synthor: " << where << "longer than " << kMaxScriptLine
+                    << " bytes; the script stops\n";
+                return 2;
+            case BoundedReader::Line::Failed:
+                err << "synthor: " << where << "cannot read the script " << name << "\n";
+                return 2;
+            case BoundedReader::Line::Read:
+                break;
+        }
+        const ParsedLine parsed = parseScriptLine(line);
         if (!parsed.warning.empty()) err << "synthor: " << where << parsed.warning << '\n';
         if (parsed.call) runner.call(*parsed.call, where);
     }
-    return 0;
 }
 
 }  // namespace
@@ -333,34 +369,37 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
         const Options o = parseOptions(args);
         if (o.help) {
             out << kUsage;
-            return 0;
+            return out.flush() ? 0 : 1;
         }
-        std::ifstream file;
-        std::istream* script = nullptr;
+        std::unique_ptr<ByteSource> script;
         if (o.scriptPath) {
-            if (*o.scriptPath == "-") {
-                script = &in;
-            } else {
-                file.open(*o.scriptPath);
-                if (!file) {
-                    err << "synthor: cannot read the script " << *o.scriptPath << '\n';
-                    return 2;
-                }
-                script = &file;
+            std::string error;
+            script = *o.scriptPath == "-" ? streamSource(in)
+                                          : openInput(*o.scriptPath, FileKind::Stream, error);
+            if (!script) {
+                err << "synthor: cannot read the script " << error << '\n';
+                return 2;
             }
         }
         Runner runner(o, out, err);
-        if (script) return runScript(runner, *script, err);
-
-        ScriptCall c;
-        c.name = o.call.front();
-        for (std::size_t i = 1; i < o.call.size(); ++i)
-            c.args.push_back(parseArgumentWord(o.call[i]));
-        runner.call(c, "");
-        return 0;
+        int status = 0;
+        if (script) {
+            status = runScript(runner, *script, *o.scriptPath, err);
+        } else {
+            ScriptCall c;
+            c.name = o.call.front();
+            for (std::size_t i = 1; i < o.call.size(); ++i)
+                c.args.push_back(parseArgumentWord(o.call[i]));
+            if (!runner.call(c, "")) status = 2;
+        }
+        const bool written = runner.checkWrites();
+        return status != 0 ? status : (written ? 0 : 1);
     } catch (const UsageError& e) {
         err << "synthor: " << e.message << '\n' << kUsage;
         return 2;
+    } catch (...) {
+        err << "synthor: " << currentAsRuntimeError().description() << '\n';
+        return 1;
     }
 }
 

@@ -14,6 +14,9 @@
 
 namespace synthor::cli {
 
+// The longest script line, in bytes; a longer one stops the script as unreadable.
+inline constexpr std::size_t kMaxScriptLine = 16384;
+
 struct ScriptCall {
     std::string name;
     std::vector<Variant> args;

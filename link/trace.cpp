@@ -10,20 +10,31 @@ std::string status(d2xx::Status s) {
     return " = " + std::to_string(s);
 }
 
-}  // namespace
-
-std::string hexBytes(std::string_view bytes) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string out;
-    out.reserve(bytes.size() * 3);
-    for (const char c : bytes) {
-        const auto b = static_cast<unsigned char>(c);
-        if (!out.empty()) out.push_back(' ');
-        out.push_back(kDigits[b >> 4]);
-        out.push_back(kDigits[b & 15]);
+// A text in double quotes with its quotes, backslashes and control bytes escaped (\", \\, \n,
+// \r, \t, \xHH), so that whatever a host passes, one driver call stays one trace line.
+std::string quotedText(std::string_view text) {
+    std::string out = "\"";
+    for (const char c : text) {
+        const auto b = static_cast<std::uint8_t>(c);
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (c == '\n') {
+            out += "\\n";
+        } else if (c == '\r') {
+            out += "\\r";
+        } else if (c == '\t') {
+            out += "\\t";
+        } else if (b < 0x20 || b == 0x7F) {
+            out += "\\x" + hexByte(b);
+        } else {
+            out += c;
+        }
     }
-    return out;
+    return out + "\"";
 }
+
+}  // namespace
 
 TraceSink streamTraceSink(std::shared_ptr<std::ostream> out) {
     return [out = std::move(out)](const std::string& line) { *out << line << '\n' << std::flush; };
@@ -36,8 +47,7 @@ d2xx::DriverTable traced(d2xx::DriverTable inner, const TraceSink& sink) {
     d2xx::DriverTable t;
     t.openEx = [in, sink](const char* arg, std::uint32_t flags, Handle* h) {
         const Status s = in->openEx(arg, flags, h);
-        sink("FT_OpenEx \"" + std::string(arg ? arg : "") + "\" " + std::to_string(flags) +
-             status(s));
+        sink("FT_OpenEx " + quotedText(arg ? arg : "") + " " + std::to_string(flags) + status(s));
         return s;
     };
     t.close = [in, sink](Handle h) {

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "link/d2xx.hpp"
+#include "runtime/text.hpp"
 
 namespace synthor {
 
@@ -22,8 +23,5 @@ TraceSink streamTraceSink(std::shared_ptr<std::ostream> out);
 
 // Wraps every entry of `inner` so that each call is written to `sink` after it returns.
 d2xx::DriverTable traced(d2xx::DriverTable inner, const TraceSink& sink);
-
-// Bytes as two-digit upper-case hexadecimal separated by single blanks ("59 49 01").
-std::string hexBytes(std::string_view bytes);
 
 }  // namespace synthor

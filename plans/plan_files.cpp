@@ -2,8 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <span>
 
 #include "plans/freq_sweep.hpp"
@@ -68,16 +66,15 @@ enum class ScanEnd { Completed, InputError, TooManyPoints };
 // `onPoint(fields, index)` gets each plan line with exactly `fieldCount` fields. `count` is
 // reset by "[PLAN]" and counts the points stored.
 template <typename OnMarker, typename OnPoint>
-ScanEnd scanPlan(std::string_view text, std::span<const Marker> markers, std::size_t fieldCount,
+ScanEnd scanPlan(ByteSource& file, std::span<const Marker> markers, std::size_t fieldCount,
                  std::int32_t& count, OnMarker onMarker, OnPoint onPoint) {
-    PlanText in(text);
+    PlanText in(file);
     while (!in.atEnd()) {
         const auto item = in.nextItem();
         if (!item) break;
-        const std::string upper = ucase(*item);
         const Marker* hit = nullptr;
         for (const Marker& m : markers) {
-            if (m.text == upper) hit = &m;
+            if (equalsIgnoreCase(m.text, *item)) hit = &m;
         }
         if (hit == nullptr) continue;
         switch (hit->act) {
@@ -104,18 +101,27 @@ ScanEnd scanPlan(std::string_view text, std::span<const Marker> markers, std::si
                     onPoint(fields, count);
                     ++count;
                 }
-                return ScanEnd::Completed;
+                return in.failed() ? ScanEnd::InputError : ScanEnd::Completed;
             }
         }
     }
-    return ScanEnd::Completed;
+    return in.failed() ? ScanEnd::InputError : ScanEnd::Completed;
 }
 
-std::optional<std::string> openPlan(Session& s, bool ask, const std::string& fileName) {
-    if (!ask) return readWholeFile(fileName);
+// The plan file: a regular file only, so that a FIFO, a device or a folder is refused at once
+// (said through the prompts) rather than waited on or read without end.
+std::unique_ptr<ByteSource> openPlanFile(Session& s, const std::string& path) {
+    std::string error;
+    auto file = openInput(path, FileKind::Regular, error);
+    if (!file) s.prompts.report("cannot read the plan file " + error);
+    return file;
+}
+
+std::unique_ptr<ByteSource> openPlan(Session& s, bool ask, const std::string& fileName) {
+    if (!ask) return openPlanFile(s, fileName);
     const auto chosen = s.prompts.openFile(planFileRequest());
-    if (!chosen) return std::nullopt;
-    return readWholeFile(*chosen);
+    if (!chosen) return nullptr;
+    return openPlanFile(s, *chosen);
 }
 
 // A dwell item: its number truncated, clamped to floor..65500.
@@ -155,7 +161,7 @@ bool checkCountWithMessages(Session& s, std::int32_t count) {
 }
 
 // Level sweep readers share everything but the ceiling and the messages.
-bool readLevelPlan(Session& s, const std::optional<std::string>& text, bool withMessages) {
+bool readLevelPlan(Session& s, const std::unique_ptr<ByteSource>& text, bool withMessages) {
     LevelPlan& p = s.plans.level;
     if (!text) {
         if (!withMessages) p.LevelPlanValid = kFalse;
@@ -214,21 +220,6 @@ OpenFileRequest planFileRequest() {
     return r;
 }
 
-std::optional<std::string> readWholeFile(const std::string& path) {
-    std::error_code ec;
-    if (std::filesystem::is_directory(path, ec)) return std::nullopt;
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return std::nullopt;
-    in.seekg(0, std::ios::end);
-    const std::streamoff size = in.tellg();
-    in.seekg(0, std::ios::beg);
-    if (size < 0 || !in) return std::nullopt;
-    std::string content(static_cast<std::size_t>(size), '\0');
-    in.read(content.data(), size);
-    if (in.gcount() != size) return std::nullopt;
-    return content;
-}
-
 bool LoadFreqSweepPlan(Session& s, bool useGivenFile, const std::string& fileName) {
     try {
         const auto text = openPlan(s, !useGivenFile, fileName);
@@ -262,9 +253,16 @@ bool LoadFreqSweepPlan(Session& s, bool useGivenFile, const std::string& fileNam
         if (end == ScanEnd::TooManyPoints) showMessage(s.prompts, planmsg::TooManyPoints);
         if (end != ScanEnd::Completed || !type) return false;
         if (useGivenFile) {
-            // The count is still the previous plan's here.
-            UploadBandTable(s);
-            UploadFreqPlanPoints(s, p.FreqPlanCount);
+            // The upload uses the previous plan's count. When that fails (stale points whose
+            // level cannot be computed), this file's count is still stored, so the next read
+            // uploads this file's points rather than failing the same way for ever.
+            try {
+                UploadBandTable(s);
+                UploadFreqPlanPoints(s, p.FreqPlanCount);
+            } catch (const RuntimeError&) {
+                p.FreqPlanCount = count;
+                throw;
+            }
         }
         p.FreqPlanCount = count;
         return checkCountWithMessages(s, count);
@@ -276,7 +274,7 @@ bool LoadFreqSweepPlan(Session& s, bool useGivenFile, const std::string& fileNam
 bool ReadFreqPlan2(Session& s, const std::string& fileName) {
     FreqPlan& p = s.plans.freq;
     try {
-        const auto text = readWholeFile(fileName);
+        const auto text = openPlanFile(s, fileName);
         if (!text) {
             p.FreqPlanValid = kFalse;
             return false;
@@ -332,7 +330,7 @@ bool ReadPowerPlan(Session& s) {
 
 bool ReadPowerPlan2(Session& s, const std::string& fileName) {
     try {
-        return readLevelPlan(s, readWholeFile(fileName), false);
+        return readLevelPlan(s, openPlanFile(s, fileName), false);
     } catch (const RuntimeError&) {
         s.plans.level.LevelPlanValid = kFalse;
         return false;

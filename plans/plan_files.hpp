@@ -9,10 +9,12 @@
 // process's current drive and folder are never changed.
 //
 // Error path. A reader that cannot open its file (or whose dialog is cancelled), that finds a
-// value marker as the file's last item, or that meets a 9002nd plan point, stops there and
-// returns false. The store keeps what was read before the error; the point count is not
-// updated. Readers that show messages show "Too many sweep points." for the 9002nd point; the
-// readers without messages clear their plan's valid flag instead.
+// value marker as the file's last item, that meets a 9002nd plan point, a header item or plan
+// line longer than its limit, or a read error, stops there and returns false. Only regular files
+// are read: a folder, FIFO or device is refused at once, and why goes to `Prompts::report`. The
+// store keeps what was read before the error; the point count is not updated. Readers that show
+// messages show "Too many sweep points." for the 9002nd point; the readers without messages clear
+// their plan's valid flag instead.
 //
 // Files are never left open. Every reader closes its file on every return, including the early
 // false return of `LoadFreqSweepPlan` for a file without its type marker, so a failed read never
@@ -61,8 +63,5 @@ bool ReadPowerPlan2(Session& s, const std::string& fileName);
 // degrees (a negative one clears `ComplexPlanValid`) and a level clamped to -25..15 dBm.
 // Returns the type flag, false as well for fewer than 2 points ("Too few sweep points.").
 bool ReadComplexPlan(Session& s, const std::string& fileName);
-
-// The whole content of a file, or nothing when it cannot be read.
-std::optional<std::string> readWholeFile(const std::string& path);
 
 }  // namespace synthor

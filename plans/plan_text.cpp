@@ -1,65 +1,68 @@
 #include "plans/plan_text.hpp"
 
+#include "runtime/text.hpp"
+
 namespace synthor {
 namespace {
 
-bool isBlank(char c) {
+bool isBlank(int c) {
     return c == ' ' || c == '\t';
 }
-bool isLineEnd(char c) {
-    return c == '\r' || c == '\n';
-}
-
-std::string_view trimBlanks(std::string_view s) {
-    while (!s.empty() && isBlank(s.front()))
-        s.remove_prefix(1);
-    while (!s.empty() && isBlank(s.back()))
-        s.remove_suffix(1);
-    return s;
+bool isItemEnd(int c) {
+    return c < 0 || c == ',' || c == '\r' || c == '\n';
 }
 
 }  // namespace
 
-void PlanText::consumeLineEnd() {
-    if (pos_ < text_.size() && text_[pos_] == '\r') ++pos_;
-    if (pos_ < text_.size() && text_[pos_] == '\n') ++pos_;
-}
-
 std::optional<std::string> PlanText::nextItem() {
-    if (atEnd()) return std::nullopt;
-    while (pos_ < text_.size() && isBlank(text_[pos_]))
-        ++pos_;
+    if (failed() || atEnd()) return std::nullopt;
+    // Every byte the item takes counts against the limit, the blanks and quotes included.
+    std::size_t taken = 0;
+    const auto take = [&]() {
+        if (++taken > kMaxPlanItem) failed_ = true;
+        return in_.get();
+    };
+    while (!failed_ && isBlank(in_.peek()))
+        take();
 
     std::string item;
-    if (pos_ < text_.size() && text_[pos_] == '"') {
-        const std::size_t close = text_.find('"', pos_ + 1);
-        const std::size_t end = close == std::string_view::npos ? text_.size() : close;
-        item = std::string(text_.substr(pos_ + 1, end - pos_ - 1));
-        pos_ = close == std::string_view::npos ? text_.size() : close + 1;
-        while (pos_ < text_.size() && text_[pos_] != ',' && !isLineEnd(text_[pos_]))
-            ++pos_;
+    if (in_.peek() == '"') {
+        take();
+        // A quoted item runs to the closing quote, across line ends, or to the end of the text.
+        for (int c = in_.peek(); !failed_ && c >= 0 && c != '"'; c = in_.peek())
+            item.push_back(static_cast<char>(take()));
+        if (in_.peek() == '"') take();
+        while (!failed_ && !isItemEnd(in_.peek()))
+            take();
     } else {
-        const std::size_t start = pos_;
-        while (pos_ < text_.size() && text_[pos_] != ',' && !isLineEnd(text_[pos_]))
-            ++pos_;
-        item = std::string(trimBlanks(text_.substr(start, pos_ - start)));
+        while (!failed_ && !isItemEnd(in_.peek()))
+            item.push_back(static_cast<char>(take()));
+        const std::string_view trimmed = trimBlanks(item);
+        if (trimmed.size() != item.size()) item = std::string(trimmed);
     }
-    if (pos_ < text_.size() && text_[pos_] == ',') {
-        ++pos_;
+    if (failed()) return std::nullopt;
+    if (in_.peek() == ',') {
+        in_.get();
     } else {
-        consumeLineEnd();
+        in_.skipLineEnd();
     }
     return item;
 }
 
-std::optional<std::string_view> PlanText::nextLine() {
-    if (atEnd()) return std::nullopt;
-    const std::size_t start = pos_;
-    while (pos_ < text_.size() && !isLineEnd(text_[pos_]))
-        ++pos_;
-    const std::string_view line = text_.substr(start, pos_ - start);
-    consumeLineEnd();
-    return line;
+std::optional<std::string> PlanText::nextLine() {
+    if (failed()) return std::nullopt;
+    std::string line;
+    switch (in_.nextLine(line, kMaxPlanLine)) {
+        case BoundedReader::Line::Read:
+            return line;
+        case BoundedReader::Line::End:
+            return std::nullopt;
+        case BoundedReader::Line::TooLong:
+        case BoundedReader::Line::Failed:
+            break;
+    }
+    failed_ = true;
+    return std::nullopt;
 }
 
 std::string replaceAll(std::string_view text, std::string_view from, std::string_view to) {

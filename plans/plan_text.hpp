@@ -2,20 +2,32 @@
 // the normalisation that turns a plan line into fields. No files and no plan stores here.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "runtime/bounded_input.hpp"
+
 namespace synthor {
+
+// The longest header item and the longest plan line a reader takes, in bytes (blanks and quotes
+// included); a longer one ends the read as an input error.
+inline constexpr std::size_t kMaxPlanItem = 4096;
+inline constexpr std::size_t kMaxPlanLine = 4096;
 
 // Reads a plan file's text front to back, item by item or line by line from where the last read
 // stopped. Line ends are CR LF, CR or LF.
 class PlanText {
   public:
-    explicit PlanText(std::string_view text) : text_(text) {}
+    explicit PlanText(ByteSource& source) : in_(source) {}
+    explicit PlanText(std::string_view text) : owned_(textSource(text)), in_(*owned_) {}
 
-    bool atEnd() const { return pos_ >= text_.size(); }
+    bool atEnd() { return in_.peek() < 0; }
+    // True once an item or a line was too long or the input could not be read; the text then
+    // gives nothing more.
+    bool failed() const { return failed_ || in_.failed(); }
 
     // The next free-format item: it ends at a comma or a line end (which is consumed), blanks
     // around it are dropped, and a quoted item loses its quotes (anything after the closing
@@ -23,13 +35,12 @@ class PlanText {
     std::optional<std::string> nextItem();
 
     // The next line without its line end; nothing when the text is used up.
-    std::optional<std::string_view> nextLine();
+    std::optional<std::string> nextLine();
 
   private:
-    void consumeLineEnd();
-
-    std::string_view text_;
-    std::size_t pos_ = 0;
+    std::unique_ptr<ByteSource> owned_;
+    BoundedReader in_;
+    bool failed_ = false;
 };
 
 // Every occurrence of `from` replaced by `to`, left to right, without overlaps.

@@ -1,5 +1,8 @@
 #include "runtime/errors.hpp"
 
+#include <exception>
+#include <new>
+
 namespace synthor {
 
 RuntimeError::RuntimeError(int number, const std::string& description, std::string source)
@@ -11,12 +14,16 @@ std::string RuntimeError::standardDescription(int number) {
             return "Invalid procedure call or argument";
         case errnum::Overflow:
             return "Overflow";
+        case errnum::OutOfMemory:
+            return "Out of memory";
         case errnum::Subscript:
             return "Subscript out of range";
         case errnum::DivisionByZero:
             return "Division by zero";
         case errnum::TypeMismatch:
             return "Type mismatch";
+        case errnum::InternalError:
+            return "Internal error";
         case errnum::WrongArgCount:
             return "Wrong number of arguments or invalid property assignment";
         default:
@@ -34,6 +41,22 @@ void raise(int number) {
 
 void raise(int number, const std::string& description, const std::string& source) {
     throw RuntimeError(number, description, source);
+}
+
+RuntimeError currentAsRuntimeError() {
+    try {
+        throw;
+    } catch (const RuntimeError& e) {
+        return e;
+    } catch (const std::bad_alloc&) {
+        return RuntimeError::of(errnum::OutOfMemory);
+    } catch (const std::exception& e) {
+        return RuntimeError(
+            errnum::InternalError,
+            RuntimeError::standardDescription(errnum::InternalError) + ": " + e.what());
+    } catch (...) {
+        return RuntimeError::of(errnum::InternalError);
+    }
 }
 
 }  // namespace synthor

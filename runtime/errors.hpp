@@ -9,9 +9,11 @@ namespace synthor {
 namespace errnum {
 inline constexpr int InvalidCall = 5;      // "Invalid procedure call or argument"
 inline constexpr int Overflow = 6;         // "Overflow"
+inline constexpr int OutOfMemory = 7;      // "Out of memory"
 inline constexpr int Subscript = 9;        // "Subscript out of range"
 inline constexpr int DivisionByZero = 11;  // "Division by zero"
 inline constexpr int TypeMismatch = 13;    // "Type mismatch"
+inline constexpr int InternalError = 51;   // "Internal error"
 inline constexpr int WrongArgCount =
     450;  // "Wrong number of arguments or invalid property assignment"
 }  // namespace errnum
@@ -34,6 +36,12 @@ class RuntimeError : public std::runtime_error {
     int number_;
     std::string source_;
 };
+
+// The runtime error a host sees for the exception being handled (call it only in a catch
+// block): a RuntimeError as it is, an out-of-memory failure as 7, any other as 51 with the
+// exception's own text. The boundaries to hosts (the tool, the COM server) use it as their
+// catch-all so that no exception leaves them.
+RuntimeError currentAsRuntimeError();
 
 // Throws the error `number` with its standard description.
 [[noreturn]] void raise(int number);

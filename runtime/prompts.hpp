@@ -37,6 +37,9 @@ class Prompts {
     virtual std::optional<std::string> openFile(const OpenFileRequest& request) = 0;
     // Lets pending window messages run (a no-op without a window system).
     virtual void doEvents() {}
+    // A problem that a call's result cannot tell (why a file was refused); front ends with a
+    // console print it, others drop it.
+    virtual void report(std::string_view /*problem*/) {}
 };
 
 // The answer a non-interactive front end gives: Cancel on a retry/cancel box, OK otherwise.

@@ -2,6 +2,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "runtime/text.hpp"
 #include "sim/calibration_view.hpp"
 #include "sim/instrument_state.hpp"
 
@@ -28,11 +29,6 @@ std::string fixed(double value, int decimals) {
         std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
     if (ec != std::errc{}) return "?";
     return std::string(buffer, end);
-}
-
-std::string hexByte(std::uint8_t b) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    return {kDigits[b >> 4], kDigits[b & 15]};
 }
 
 SynthesizerReading readSynthesizer(const std::array<std::uint8_t, kPointRecordSize>& record,

@@ -2,10 +2,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 
+#include "runtime/bounded_input.hpp"
 #include "sim/calibration_view.hpp"
 #include "sim/sim_instrument.hpp"
 
@@ -80,25 +79,31 @@ std::vector<std::uint8_t> defaultEeprom() {
 }
 
 bool loadEepromFile(const std::string& path, std::vector<std::uint8_t>& image, std::string& error) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        error = "cannot open EEPROM image " + path;
+    // A regular file only, so that a FIFO or a device is refused rather than waited on; one byte
+    // more than the image is read to tell a long file from an exact one.
+    auto file = openInput(path, FileKind::Regular, error);
+    if (!file) {
+        error = "cannot open EEPROM image " + error;
         return false;
     }
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(kEepromSize);
-    char c;
-    while (bytes.size() <= kEepromSize && in.get(c))
-        bytes.push_back(static_cast<std::uint8_t>(c));
-    if (in.bad()) {
-        error = "cannot read EEPROM image " + path;
-        return false;
+    std::vector<std::uint8_t> bytes(kEepromSize + 1);
+    std::size_t got = 0;
+    while (got < bytes.size()) {
+        const std::ptrdiff_t n =
+            file->read(reinterpret_cast<char*>(bytes.data()) + got, bytes.size() - got);
+        if (n < 0) {
+            error = "cannot read EEPROM image " + path;
+            return false;
+        }
+        if (n == 0) break;
+        got += static_cast<std::size_t>(n);
     }
-    if (bytes.size() != kEepromSize) {
+    if (got != kEepromSize) {
         error =
             "EEPROM image " + path + " must hold exactly " + std::to_string(kEepromSize) + " bytes";
         return false;
     }
+    bytes.resize(kEepromSize);
     image = std::move(bytes);
     return true;
 }

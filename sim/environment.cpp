@@ -1,23 +1,8 @@
 #include "sim/environment.hpp"
 
-#include <charconv>
+#include "runtime/text.hpp"
 
 namespace synthor::sim {
-
-bool parseByte(std::string_view text, std::uint8_t& value) {
-    int base = 10;
-    if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
-        text.remove_prefix(2);
-        base = 16;
-    }
-    unsigned parsed = 0;
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), parsed, base);
-    if (text.empty() || ec != std::errc{} || end != text.data() + text.size() || parsed > 255) {
-        return false;
-    }
-    value = static_cast<std::uint8_t>(parsed);
-    return true;
-}
 
 DropInSettings readDropInSettings(const EnvironmentLookup& lookup,
                                   std::vector<std::string>& problems) {

@@ -25,7 +25,4 @@ using EnvironmentLookup = std::function<const char*(const char* name)>;
 DropInSettings readDropInSettings(const EnvironmentLookup& lookup,
                                   std::vector<std::string>& problems);
 
-// A byte as decimal ("17") or 0x-hex ("0x11"), 0..255.
-bool parseByte(std::string_view text, std::uint8_t& value);
-
 }  // namespace synthor::sim

@@ -26,15 +26,6 @@ constexpr std::array<CounterFault, 9> kCounters{{
     {"write", &Faults::write},
 }};
 
-std::string_view trimmed(std::string_view s) {
-    const auto blank = [](char c) { return c == ' ' || c == '\t'; };
-    while (!s.empty() && blank(s.front()))
-        s.remove_prefix(1);
-    while (!s.empty() && blank(s.back()))
-        s.remove_suffix(1);
-    return s;
-}
-
 // A decimal count 0..INT_MAX, digits only.
 bool parseCount(std::string_view text, int& value) {
     if (text.empty()) return false;
@@ -48,11 +39,11 @@ bool parseCount(std::string_view text, int& value) {
 }  // namespace
 
 bool applyFault(std::string_view setting, Faults& faults, std::string& error) {
-    setting = trimmed(setting);
+    setting = trimBlanks(setting);
     const auto eq = setting.find('=');
-    const std::string name = lcase(trimmed(setting.substr(0, eq)));
+    const std::string name = lcase(trimBlanks(setting.substr(0, eq)));
     int n = 1;
-    if (eq != std::string_view::npos && !parseCount(trimmed(setting.substr(eq + 1)), n)) {
+    if (eq != std::string_view::npos && !parseCount(trimBlanks(setting.substr(eq + 1)), n)) {
         error = "bad count in fault \"" + std::string(setting) + "\" (a whole number 0 or more)";
         return false;
     }

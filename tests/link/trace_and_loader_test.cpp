@@ -24,6 +24,9 @@ TEST(Trace, WritesBytesAsUpperCaseHexAndAnEmptyReadWithNone) {
     t.read(h, buf, 1, &n);
     EXPECT_EQ(lines, (std::vector<std::string>{"FT_Write AB 01 = 0", "FT_Read 3 = 0 : 00 FF 52",
                                                "FT_Read 1 = 0 :"}));
+    // A text with quotes, backslashes and control bytes still makes exactly one line.
+    t.openEx("a\"b\\\nc\x01", 1, &h);
+    EXPECT_EQ(lines.back().substr(0, 27), R"(FT_OpenEx "a\"b\\\nc\x01" 1)");
 }
 
 TEST(DriverLibrary, MissingLibraryIsADiagnosticAndOpensFail) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/session_fixture.hpp"
+#include "plans/plan_text.hpp"
 
 namespace synthor::testing {
 namespace {
@@ -113,6 +114,13 @@ TEST_F(PlanFiles, FailedReads) {
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, (dir / "missing.dat").string()));
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, dir.string()));
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, file("v.dat", "[FREQUENCYSWEEP]\n[DWELL]\n")));
+    // An item or a plan line past its limit ends the read (each file reads well without it).
+    const std::string blanks(kMaxPlanItem, ' ');
+    EXPECT_FALSE(
+        LoadFreqSweepPlan(session, true, file("i.dat", freqFile("[LEVEL]," + blanks + "1"))));
+    const std::string longLine(kMaxPlanLine + 1, 'y');
+    EXPECT_FALSE(
+        LoadFreqSweepPlan(session, true, file("p.dat", freqFile("", "1 1\n2 2\n" + longLine))));
     EXPECT_FALSE(LoadFreqSweepPlan(session, false, ""));  // dialog cancelled
     EXPECT_TRUE(prompts.boxes.empty());
     ASSERT_EQ(prompts.dialogs.size(), 1u);
@@ -122,9 +130,12 @@ TEST_F(PlanFiles, FailedReads) {
     session.plans.level.LevelPlanValid = -1;
     EXPECT_FALSE(ReadPowerPlan2(session, (dir / "missing.dat").string()));
     EXPECT_EQ(session.plans.level.LevelPlanValid, 0);
+    // The upload with a stale count of 5 fails on unset points; the file's count is still
+    // stored, so the same file reads at the next try.
     session.plans.freq.FreqPlanCount = 5;
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, file("f.dat", kFreqSweepFile)));
-    EXPECT_EQ(session.plans.freq.FreqPlanCount, 5);
+    EXPECT_EQ(session.plans.freq.FreqPlanCount, 3);
+    EXPECT_TRUE(LoadFreqSweepPlan(session, true, file("f.dat", kFreqSweepFile)));
     // A good read through the dialog leaves the current folder alone.
     const auto before = std::filesystem::current_path();
     prompts.files.push_back(file("g.dat", kFreqSweepFile));

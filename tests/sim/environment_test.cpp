@@ -4,6 +4,7 @@
 #include <map>
 #include <sstream>
 
+#include "runtime/text.hpp"
 #include "sim/environment.hpp"
 #include "sim_test_support.hpp"
 
@@ -65,11 +66,12 @@ TEST(SimEnvironment, SettingsApplyAndBadOnesAreReportedAndKeepTheirDefaults) {
 
 TEST(SimEnvironment, ByteValuesInDecimalOrHex) {
     const std::pair<const char*, int> cases[] = {
-        {"0", 0},   {"255", 255}, {"0xff", 255}, {"0X1A", 26}, {"256", -1}, {"0x100", -1},
-        {"-1", -1}, {"0x", -1},   {"1 ", -1},    {"", -1},     {"12a", -1}};
+        {"0", 0},      {"255", 255}, {"0xff", 255}, {"0X1A", 26}, {"256", -1},
+        {"0x100", -1}, {"-1", -1},   {"0x", -1},    {"1 ", -1},   {"", -1},
+        {"12a", -1},   {"+4", -1},   {"0x+4", -1}};
     for (const auto& [text, expected] : cases) {
         std::uint8_t value = 0;
-        EXPECT_EQ(synthor::sim::parseByte(text, value), expected >= 0) << text;
+        EXPECT_EQ(synthor::parseByte(text, value), expected >= 0) << text;
         EXPECT_EQ(value, std::max(expected, 0)) << text;
     }
 }
