@@ -138,43 +138,6 @@ Options parseOptions(const std::vector<std::string>& args) {
     return o;
 }
 
-std::string quoted(std::string_view text) {
-    std::string out = "\"";
-    for (const char c : text) {
-        out.push_back(c);
-        if (c == '"') out.push_back('"');
-    }
-    return out + "\"";
-}
-
-// Message boxes and file dialogs answered without a person: boxes print a line and answer
-// Cancel on retry/cancel, OK otherwise; dialogs take the --dialog answers in order.
-class ScriptPrompts final : public Prompts {
-  public:
-    ScriptPrompts(std::ostream& out, std::deque<std::string> answers)
-        : out_(out), answers_(std::move(answers)) {}
-
-    MsgResult msgBox(std::string_view text, int style, std::string_view title) override {
-        out_ << "msgbox " << style << ' ' << quoted(title) << ' ' << quoted(text) << '\n';
-        return defaultAnswer(style);
-    }
-
-    std::optional<std::string> openFile(const OpenFileRequest&) override {
-        if (answers_.empty()) {
-            out_ << "dialog cancel\n";
-            return std::nullopt;
-        }
-        std::string path = std::move(answers_.front());
-        answers_.pop_front();
-        out_ << "dialog " << path << '\n';
-        return path;
-    }
-
-  private:
-    std::ostream& out_;
-    std::deque<std::string> answers_;
-};
-
 class Runner {
   public:
     Runner(const Options& o, std::ostream& out, std::ostream& err)
@@ -289,7 +252,7 @@ class Runner {
 
     std::ostream& out_;
     std::ostream& err_;
-    ScriptPrompts prompts_;
+    LoggedPrompts prompts_;
     SystemClock clock_;
     std::unique_ptr<sim::Instrument> instrument_;
     std::unique_ptr<Session> session_;
