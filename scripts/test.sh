@@ -37,6 +37,7 @@ diff -u build-win/demo-linux.txt build-win/demo-windows.txt
 # Without --sim the tool loads ftd2xx.dll from its own folder: the drop-in simulated driver.
 printf 'FND\n' | "$wine" build-win/synthor.exe --script - 2>/dev/null | tr -d '\r' | grep -qx 1234
 echo "wine: same output, and the drop-in driver library answers"
+scripts/test-com.sh build-win
 
 step "fuzz targets (${fuzz_seconds} s each)"
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DSYNTHOR_FUZZ=ON -DSYNTHOR_TESTS=OFF \
