@@ -8,13 +8,13 @@
 #include <optional>
 #include <sstream>
 
-#include "session/session.hpp"
 #include "automation/synthor_01_vexa.hpp"
 #include "cli/script.hpp"
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/text.hpp"
+#include "session/session.hpp"
 #include "sim/sim_instrument.hpp"
 
 namespace synthor::cli {

@@ -3,8 +3,8 @@
 #include <string_view>
 #include <vector>
 
-#include "automation/com/typelib.hpp"
 #include "automation/com/server.hpp"
+#include "automation/com/typelib.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/win32/wide_text.hpp"
 
@@ -107,8 +107,10 @@ Variant fromVariant(const VARIANT& in) {
     // Anything else (currency, decimal, dates, other integer widths, an object's default value):
     // a number if the system can make one, else a text, else a type mismatch.
     HeldVariant changed;
-    if (SUCCEEDED(VariantChangeType(&changed.v, const_cast<VARIANT*>(v), 0, VT_R8))) return V_R8(&changed.v);
-    if (SUCCEEDED(VariantChangeType(&changed.v, const_cast<VARIANT*>(v), 0, VT_BSTR))) return fromBstr(V_BSTR(&changed.v));
+    if (SUCCEEDED(VariantChangeType(&changed.v, const_cast<VARIANT*>(v), 0, VT_R8)))
+        return V_R8(&changed.v);
+    if (SUCCEEDED(VariantChangeType(&changed.v, const_cast<VARIANT*>(v), 0, VT_BSTR)))
+        return fromBstr(V_BSTR(&changed.v));
     raise(errnum::TypeMismatch);
 }
 

@@ -14,8 +14,8 @@
 #include "automation/com/server.hpp"
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
-#include "runtime/win32/win32_prompts.hpp"
 #include "runtime/win32/wide_text.hpp"
+#include "runtime/win32/win32_prompts.hpp"
 
 namespace synthor::com {
 namespace {

@@ -1,8 +1,8 @@
 // The class Synthor_01_vexa as a COM object (dual interface, error information), its class
 // factory, and the module's entry points for getting a class object and unloading.
 // initguid.h first: the generated header then defines the identifiers in this file.
-#include <windows.h>
 #include <initguid.h>
+#include <windows.h>
 
 #include "automation/com/typelib.hpp"
 

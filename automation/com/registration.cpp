@@ -7,8 +7,8 @@
 
 #include <olectl.h>
 
-#include "automation/com/typelib.hpp"
 #include "automation/com/server.hpp"
+#include "automation/com/typelib.hpp"
 
 namespace synthor::com {
 namespace {
@@ -97,8 +97,8 @@ HRESULT unregisterFrom(HKEY root) {
 HRESULT registerIn(HKEY root) {
     for (const Value& v : registryValues()) {
         HKEY key = nullptr;
-        LSTATUS status = RegCreateKeyExW(root, v.key.c_str(), 0, nullptr, 0, KEY_SET_VALUE,
-                                         nullptr, &key, nullptr);
+        LSTATUS status = RegCreateKeyExW(root, v.key.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr,
+                                         &key, nullptr);
         if (status == ERROR_SUCCESS) {
             status = RegSetValueExW(key, v.name.empty() ? nullptr : v.name.c_str(), 0, REG_SZ,
                                     reinterpret_cast<const BYTE*>(v.data.c_str()),

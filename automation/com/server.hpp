@@ -3,8 +3,8 @@
 // boundary (boundary.cpp) and the session the whole DLL shares (module_session.cpp).
 #pragma once
 
-#include <windows.h>
 #include <oaidl.h>
+#include <windows.h>
 
 #include <span>
 #include <string>

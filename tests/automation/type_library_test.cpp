@@ -6,8 +6,8 @@
 #include <fstream>
 #include <regex>
 #include <sstream>
-#include <vector>
 #include <string>
+#include <vector>
 
 #include "automation/synthor_01_vexa.hpp"
 

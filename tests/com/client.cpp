@@ -1,8 +1,8 @@
 // A compiled COM client: creates the class by its ProgID and calls it through IDispatch, as C++
 // hosts do, checks a few answers and the automation error of a bad argument, and times a method
 // call. Prints "N passed, M failed".
-#include <windows.h>
 #include <oleauto.h>
+#include <windows.h>
 
 #include <chrono>
 #include <cstdio>
@@ -92,7 +92,8 @@ int main() {
         d->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, &r, nullptr, nullptr);
         VariantClear(&r);
     }
-    const std::chrono::duration<double, std::micro> spent = std::chrono::steady_clock::now() - start;
+    const std::chrono::duration<double, std::micro> spent =
+        std::chrono::steady_clock::now() - start;
     std::printf("LockStatus through IDispatch::Invoke: %.2f us per call (%d calls)\n",
                 spent.count() / kCalls, kCalls);
 
