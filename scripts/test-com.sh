@@ -4,10 +4,12 @@
 # and the JScript suite, checks that unregistering leaves no key, then registers it for the
 # current user only (wine's class lookup reads only the machine's classes, so that registration
 # is checked in the registry). The drop-in simulated driver ftd2xx.dll sits beside the DLL.
-# Usage: scripts/test-com.sh BUILD_DIR   (a Windows cross-build folder)
+# A 32-bit build folder, if given, is checked statically: PE32, system imports only, the entry
+# points exported (its 64-bit twin is checked the same way).
+# Usage: scripts/test-com.sh BUILD_DIR [BUILD32_DIR]   (Windows cross-build folders)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-build=$(realpath "${1:?usage: scripts/test-com.sh BUILD_DIR}")
+build=$(realpath "${1:?usage: scripts/test-com.sh BUILD_DIR [BUILD32_DIR]}")
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEPREFIX="$build/wineprefix"
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
 [ -d "$WINEPREFIX/drive_c" ] || "$wine" wineboot -i >/dev/null 2>&1
@@ -25,6 +27,25 @@ suite() {
     printf '%s\n' "$out"
     printf '%s\n' "$out" | tail -n 1 | grep -Eq '^[0-9]+ passed, 0 failed$' || fail "$name failed"
 }
+
+# static DLL FORMAT: the DLL is FORMAT (PE32 or PE32+), imports only system DLLs and exports
+# the server's entry points.
+static() {
+    local dump name
+    dump=$(objdump -p "$1")
+    grep -q "^Magic.*($2)\$" <<<"$dump" || fail "$1 is not $2"
+    for name in $(sed -n 's/^\s*DLL Name: //p' <<<"$dump" | tr 'A-Z' 'a-z'); do
+        case $name in
+            advapi32.dll | comdlg32.dll | kernel32.dll | msvcrt.dll | ole32.dll | oleaut32.dll | user32.dll) ;;
+            *) fail "$1 imports $name" ;;
+        esac
+    done
+    for name in DllCanUnloadNow DllGetClassObject DllInstall DllRegisterServer DllUnregisterServer; do
+        grep -Eq "^\s+\[ *[0-9]+\] $name\$" <<<"$dump" || fail "$1 does not export $name"
+    done
+}
+static "$build/Synthor01.dll" PE32+
+[ -z "${2:-}" ] || static "$(realpath "$2")/Synthor01.dll" PE32
 
 clsid='{DEEFAFEF-06B3-4ECB-A018-861134667E9D}'
 keys=("CLSID\\$clsid" "Synthor01.Synthor_01_vexa" "TypeLib\\{88DB05AC-2415-4F28-8E6C-5BA28A38F1C6}"

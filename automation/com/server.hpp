@@ -3,8 +3,9 @@
 // boundary (boundary.cpp) and the session the whole DLL shares (module_session.cpp).
 #pragma once
 
-#include <oaidl.h>
 #include <windows.h>
+// windows.h first: the automation headers need its types.
+#include <oaidl.h>
 
 #include <span>
 #include <string>

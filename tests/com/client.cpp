@@ -1,8 +1,9 @@
 // A compiled COM client: creates the class by its ProgID and calls it through IDispatch, as C++
 // hosts do, checks a few answers and the automation error of a bad argument, and times a method
 // call. Prints "N passed, M failed".
-#include <oleauto.h>
 #include <windows.h>
+// windows.h first: the automation headers need its types.
+#include <oleauto.h>
 
 #include <chrono>
 #include <cstdio>
