@@ -139,50 +139,10 @@ Options parseOptions(const std::vector<std::string>& args) {
     return o;
 }
 
-std::string quoted(std::string_view text) {
-    std::string out = "\"";
-    for (const char c : text) {
-        out.push_back(c);
-        if (c == '"') out.push_back('"');
-    }
-    return out + "\"";
-}
-
-// Message boxes and file dialogs answered without a person: boxes print a line and answer
-// Cancel on retry/cancel, OK otherwise; dialogs take the --dialog answers in order.
-class ScriptPrompts final : public Prompts {
-  public:
-    ScriptPrompts(std::ostream& out, std::ostream& err, std::deque<std::string> answers)
-        : out_(out), err_(err), answers_(std::move(answers)) {}
-
-    MsgResult msgBox(std::string_view text, int style, std::string_view title) override {
-        out_ << "msgbox " << style << ' ' << quoted(title) << ' ' << quoted(text) << '\n';
-        return defaultAnswer(style);
-    }
-
-    std::optional<std::string> openFile(const OpenFileRequest&) override {
-        if (answers_.empty()) {
-            out_ << "dialog cancel\n";
-            return std::nullopt;
-        }
-        std::string path = std::move(answers_.front());
-        answers_.pop_front();
-        out_ << "dialog " << path << '\n';
-        return path;
-    }
-
-    void report(std::string_view problem) override { err_ << "synthor: " << problem << '\n'; }
-
-  private:
-    std::ostream& out_;
-    std::ostream& err_;
-    std::deque<std::string> answers_;
-};
-
 class Runner {
   public:
     Runner(const Options& o, std::ostream& out, std::ostream& err)
-        : out_(out), err_(err), prompts_(out, err, o.dialogs) {
+        : out_(out), err_(err), prompts_(out, o.dialogs, &err) {
         d2xx::DriverTable table;
         if (o.sim) {
             instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
@@ -325,7 +285,7 @@ class Runner {
 
     std::ostream& out_;
     std::ostream& err_;
-    ScriptPrompts prompts_;
+    LoggedPrompts prompts_;
     SystemClock clock_;
     std::unique_ptr<sim::Instrument> instrument_;
     std::unique_ptr<Session> session_;

@@ -2,6 +2,8 @@
 // the command-line tool and tests each answer them their own way.
 #pragma once
 
+#include <deque>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,5 +46,25 @@ class Prompts {
 
 // The answer a non-interactive front end gives: Cancel on a retry/cancel box, OK otherwise.
 MsgResult defaultAnswer(int style);
+
+// Prompts answered without a person: each box is written as `msgbox STYLE "TITLE" "TEXT"` and
+// answered with defaultAnswer; each dialog takes the next of `answers` (`dialog PATH`), or is
+// cancelled when none is left (`dialog cancel`). The command-line tool and unattended hosts use it.
+class LoggedPrompts final : public Prompts {
+  public:
+    // Problems (a refused plan file) go to `err` as "synthor: PROBLEM", or to `out` without it.
+    LoggedPrompts(std::ostream& out, std::deque<std::string> answers = {},
+                  std::ostream* err = nullptr)
+        : out_(out), err_(err ? *err : out), answers_(std::move(answers)) {}
+
+    MsgResult msgBox(std::string_view text, int style, std::string_view title) override;
+    std::optional<std::string> openFile(const OpenFileRequest& request) override;
+    void report(std::string_view problem) override;
+
+  private:
+    std::ostream& out_;
+    std::ostream& err_;
+    std::deque<std::string> answers_;
+};
 
 }  // namespace synthor
