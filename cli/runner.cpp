@@ -8,13 +8,14 @@
 #include <optional>
 #include <sstream>
 
-#include "session/session.hpp"
 #include "automation/synthor_01_vexa.hpp"
 #include "cli/script.hpp"
+#include "cli/session_host.hpp"
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/text.hpp"
+#include "session/session.hpp"
 #include "sim/sim_instrument.hpp"
 
 namespace synthor::cli {
@@ -37,21 +38,6 @@ constexpr const char* kUsage =
     "  --dialog PATH           answer of the next file-open dialog (repeatable)\n"
     "  --help                  show this text\n";
 
-struct UsageError {
-    std::string message;
-};
-
-struct Options {
-    bool sim = false;
-    bool simOptionSeen = false;
-    sim::Config simConfig;
-    std::string tracePath;
-    std::deque<std::string> dialogs;
-    std::optional<std::string> scriptPath;
-    std::vector<std::string> call;  // CALL and its ARG words
-    bool help = false;
-};
-
 std::optional<long> parseByte(const std::string& text) {
     try {
         std::size_t used = 0;
@@ -64,7 +50,9 @@ std::optional<long> parseByte(const std::string& text) {
     }
 }
 
-Options parseOptions(const std::vector<std::string>& args) {
+}  // namespace
+
+Options parseOptions(const std::vector<std::string>& args, const ExtraOption& extra) {
     Options o;
     std::size_t i = 0;
     auto value = [&](const std::string& name, std::string& inlineValue) -> std::string {
@@ -125,7 +113,7 @@ Options parseOptions(const std::vector<std::string>& args) {
             o.dialogs.push_back(value(a, inlineValue));
         } else if (a == "--script") {
             o.scriptPath = value(a, inlineValue);
-        } else {
+        } else if (!extra || !extra(a, [&] { return value(a, inlineValue); })) {
             throw UsageError{"unknown option " + a};
         }
     }
@@ -134,9 +122,10 @@ Options parseOptions(const std::vector<std::string>& args) {
     if (o.simOptionSeen && !o.sim) throw UsageError{"the --sim-* options need --sim"};
     if (o.scriptPath && !o.call.empty())
         throw UsageError{"give either --script or a call, not both"};
-    if (!o.scriptPath && o.call.empty()) throw UsageError{"nothing to do: give a call or --script"};
     return o;
 }
+
+namespace {
 
 std::string quoted(std::string_view text) {
     std::string out = "\"";
@@ -177,44 +166,17 @@ class ScriptPrompts final : public Prompts {
 
 class Runner {
   public:
-    Runner(const Options& o, std::ostream& out, std::ostream& err)
-        : out_(out), err_(err), prompts_(out, o.dialogs) {
-        d2xx::DriverTable table;
-        if (o.sim) {
-            instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
-            table = instrument_->driverTable();
-        } else {
-            DriverLoad load = loadDriverLibrary();
-            table = std::move(load.table);
-            if (!load.diagnostic.empty()) {
-                // Said once, when an instrument is first looked for.
-                auto open = table.openEx;
-                auto said = std::make_shared<bool>(false);
-                table.openEx = [open, said, &err, text = load.diagnostic](
-                                   const char* arg, std::uint32_t flags, d2xx::Handle* h) {
-                    if (!*said) err << "synthor: " << text << '\n';
-                    *said = true;
-                    return open(arg, flags, h);
-                };
-            }
-        }
-        if (!o.tracePath.empty()) {
-            auto file = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
-            if (!*file) throw UsageError{"cannot write the trace file " + o.tracePath};
-            table = traced(std::move(table), streamTraceSink(file));
-        }
-        session_ = std::make_unique<Session>(std::move(table), prompts_, clock_);
-        object_ = std::make_unique<Synthor_01_vexa>(*session_);
-    }
+    Runner(SessionHost& host, std::ostream& out, std::ostream& err)
+        : out_(out), err_(err), host_(host) {}
 
     void call(const ScriptCall& c, const std::string& where) {
         const std::string name = lcase(c.name);
         if (name == "sim.output") {
-            if (!instrument_) {
+            if (!host_.instrument()) {
                 err_ << "synthor: " << where << "Sim.Output needs --sim\n";
                 return;
             }
-            out_ << instrument_->describeOutput();
+            out_ << host_.instrument()->describeOutput();
             return;
         }
         if (name.rfind("panel.", 0) == 0) {
@@ -240,7 +202,7 @@ class Runner {
             if (n < m->minArgs || n > m->maxArgs) raise(errnum::WrongArgCount);
             std::vector<Variant> args = c.args;
             args.resize(static_cast<std::size_t>(m->maxArgs), Missing{});
-            out_ << toText(m->invoke(*object_, args)) << '\n';
+            out_ << toText(m->invoke(host_.object(), args)) << '\n';
         } catch (const RuntimeError& e) {
             out_ << "raised " << e.number() << ": " << e.description() << '\n';
         }
@@ -251,7 +213,7 @@ class Runner {
     // The headless panel: Set/Click/Select/Load/Close act and print nothing of their own;
     // Get/Value/Bold/Enabled/Status print the control's state.
     void panelCall(const std::string& action, const ScriptCall& c, const std::string& where) {
-        panel::FreqGen2& form = session_->panel;
+        panel::FreqGen2& form = host_.session().panel;
         const auto arg = [&](std::size_t i) { return i < c.args.size() ? toText(c.args[i]) : ""; };
         const auto complain = [&](const std::string& what) {
             err_ << "synthor: " << where << c.name << ": " << what << '\n';
@@ -289,14 +251,45 @@ class Runner {
 
     std::ostream& out_;
     std::ostream& err_;
-    ScriptPrompts prompts_;
-    SystemClock clock_;
-    std::unique_ptr<sim::Instrument> instrument_;
-    std::unique_ptr<Session> session_;
-    std::unique_ptr<Synthor_01_vexa> object_;
+    SessionHost& host_;
 };
 
-int runScript(Runner& runner, std::istream& script, std::ostream& err) {
+}  // namespace
+
+SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::ostream& err) {
+    d2xx::DriverTable table;
+    if (o.sim) {
+        instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
+        table = instrument_->driverTable();
+    } else {
+        DriverLoad load = loadDriverLibrary();
+        table = std::move(load.table);
+        if (!load.diagnostic.empty()) {
+            // Said once, when an instrument is first looked for.
+            auto open = table.openEx;
+            auto said = std::make_shared<bool>(false);
+            table.openEx = [open, said, &err, text = load.diagnostic](
+                               const char* arg, std::uint32_t flags, d2xx::Handle* h) {
+                if (!*said) err << "synthor: " << text << '\n';
+                *said = true;
+                return open(arg, flags, h);
+            };
+        }
+    }
+    if (!o.tracePath.empty()) {
+        auto file = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
+        if (!*file) throw UsageError{"cannot write the trace file " + o.tracePath};
+        table = traced(std::move(table), streamTraceSink(file));
+    }
+    session_ = std::make_unique<Session>(std::move(table), prompts, clock);
+    object_ = std::make_unique<Synthor_01_vexa>(*session_);
+}
+
+SessionHost::~SessionHost() = default;
+
+void runScript(SessionHost& host, std::istream& script, std::ostream& out, std::ostream& err,
+               const std::function<void()>& afterLine) {
+    Runner runner(host, out, err);
     std::string line;
     int number = 0;
     while (std::getline(script, line)) {
@@ -304,12 +297,11 @@ int runScript(Runner& runner, std::istream& script, std::ostream& err) {
         const ParsedLine parsed = parseScriptLine(line);
         const std::string where = "line " + std::to_string(number) + ": ";
         if (!parsed.warning.empty()) err << "synthor: " << where << parsed.warning << '\n';
-        if (parsed.call) runner.call(*parsed.call, where);
+        if (!parsed.call) continue;
+        runner.call(*parsed.call, where);
+        if (afterLine) afterLine();
     }
-    return 0;
 }
-
-}  // namespace
 
 int run(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
         std::ostream& err) {
@@ -319,6 +311,8 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
             out << kUsage;
             return 0;
         }
+        if (!o.scriptPath && o.call.empty())
+            throw UsageError{"nothing to do: give a call or --script"};
         std::ifstream file;
         std::istream* script = nullptr;
         if (o.scriptPath) {
@@ -333,8 +327,14 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
                 script = &file;
             }
         }
-        Runner runner(o, out, err);
-        if (script) return runScript(runner, *script, err);
+        ScriptPrompts prompts(out, o.dialogs);
+        SystemClock clock;
+        SessionHost host(o, prompts, clock, err);
+        if (script) {
+            runScript(host, *script, out, err);
+            return 0;
+        }
+        Runner runner(host, out, err);
 
         ScriptCall c;
         c.name = o.call.front();
