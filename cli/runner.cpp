@@ -136,33 +136,28 @@ std::string quoted(std::string_view text) {
     return out + "\"";
 }
 
-// Message boxes and file dialogs answered without a person: boxes print a line and answer
-// Cancel on retry/cancel, OK otherwise; dialogs take the --dialog answers in order.
-class ScriptPrompts final : public Prompts {
-  public:
-    ScriptPrompts(std::ostream& out, std::deque<std::string> answers)
-        : out_(out), answers_(std::move(answers)) {}
+}  // namespace
 
-    MsgResult msgBox(std::string_view text, int style, std::string_view title) override {
-        out_ << "msgbox " << style << ' ' << quoted(title) << ' ' << quoted(text) << '\n';
-        return defaultAnswer(style);
+ScriptPrompts::ScriptPrompts(std::ostream& out, std::deque<std::string> answers)
+    : out_(out), answers_(std::move(answers)) {}
+
+MsgResult ScriptPrompts::msgBox(std::string_view text, int style, std::string_view title) {
+    out_ << "msgbox " << style << ' ' << quoted(title) << ' ' << quoted(text) << '\n';
+    return defaultAnswer(style);
+}
+
+std::optional<std::string> ScriptPrompts::openFile(const OpenFileRequest&) {
+    if (answers_.empty()) {
+        out_ << "dialog cancel\n";
+        return std::nullopt;
     }
+    std::string path = std::move(answers_.front());
+    answers_.pop_front();
+    out_ << "dialog " << path << '\n';
+    return path;
+}
 
-    std::optional<std::string> openFile(const OpenFileRequest&) override {
-        if (answers_.empty()) {
-            out_ << "dialog cancel\n";
-            return std::nullopt;
-        }
-        std::string path = std::move(answers_.front());
-        answers_.pop_front();
-        out_ << "dialog " << path << '\n';
-        return path;
-    }
-
-  private:
-    std::ostream& out_;
-    std::deque<std::string> answers_;
-};
+namespace {
 
 class Runner {
   public:

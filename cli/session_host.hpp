@@ -41,6 +41,19 @@ using ExtraOption =
 // UsageError for an unknown option or a missing value.
 Options parseOptions(const std::vector<std::string>& args, const ExtraOption& extra = {});
 
+// Message boxes and file dialogs answered without a person: boxes print a line and answer
+// Cancel on retry/cancel, OK otherwise; dialogs take the --dialog answers in order.
+class ScriptPrompts final : public Prompts {
+  public:
+    ScriptPrompts(std::ostream& out, std::deque<std::string> answers);
+    MsgResult msgBox(std::string_view text, int style, std::string_view title) override;
+    std::optional<std::string> openFile(const OpenFileRequest& request) override;
+
+  private:
+    std::ostream& out_;
+    std::deque<std::string> answers_;
+};
+
 // The instrument the options name (the simulated one or the driver library, traced when asked),
 // a session over it and the automation object.
 class SessionHost {

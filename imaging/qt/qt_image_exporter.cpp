@@ -37,16 +37,17 @@ QtImageExporter::QtImageExporter() {
     index_ = ExtensionIndex(encoders_);
 }
 
-void QtImageExporter::PictureBoxToFile(const QImage& picture, const std::string& filename,
+bool QtImageExporter::PictureBoxToFile(const QImage& picture, const std::string& filename,
                                        long quality) {
     const auto plan = planSave(index_, filename, quality);
-    if (!plan) return;
+    if (!plan) return false;
     QImageWriter writer(QString::fromStdString(filename),
                         formats_[static_cast<std::size_t>(plan->encoder)]);
     if (plan->quality) writer.setQuality(static_cast<int>(*plan->quality));
-    if (writer.write(picture)) return;
+    if (writer.write(picture)) return true;
     const long status = statusOf(writer.error());
     if (onError) onError(status, status, std::string(GdiErrorString(status)));
+    return false;
 }
 
 }  // namespace synthor::imaging

@@ -21,7 +21,8 @@ class QtImageExporter {
 
     // Saves the picture in the format the file name's extension names, with the quality for a
     // "J" extension. Writes nothing for an unknown extension; a failing write raises `onError`.
-    void PictureBoxToFile(const QImage& picture, const std::string& filename, long quality);
+    // Returns true when the file was written.
+    bool PictureBoxToFile(const QImage& picture, const std::string& filename, long quality);
 
     ErrorHandler onError;
 
