@@ -9,10 +9,12 @@
 #include <sstream>
 
 #include "automation/synthor_01_vexa.hpp"
+#include "cli/progress_bar.hpp"
 #include "cli/script.hpp"
 #include "cli/session_host.hpp"
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
+#include "panel/handlers.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/text.hpp"
 #include "session/session.hpp"
@@ -277,6 +279,7 @@ SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::
         table = traced(std::move(table), streamTraceSink(file));
     }
     session_ = std::make_unique<Session>(std::move(table), prompts, clock);
+    eepromData_ = &panel::attachHandlers(*session_);
     object_ = std::make_unique<Synthor_01_vexa>(*session_);
 }
 
@@ -325,6 +328,20 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
         ScriptPrompts prompts(out, o.dialogs);
         SystemClock clock;
         SessionHost host(o, prompts, clock, err);
+        if (&err == &std::cerr && stderrIsTerminal()) {
+            // Drawn while values arrive; hiding the window (the panel's load ending, even
+            // early) clears it.
+            panel::EepromData& loading = host.eepromData();
+            loading.onChange = [&loading, bar = std::make_shared<ProgressBar>(err),
+                                shown = false]() mutable {
+                if (shown && !loading.visible()) {
+                    bar->draw(100);
+                } else {
+                    bar->draw(loading.value());
+                }
+                shown = loading.visible();
+            };
+        }
         if (script) {
             runScript(host, *script, out, err);
             return 0;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "automation/synthor_01_vexa.hpp"
+#include "panel/eeprom_data.hpp"
 #include "session/session.hpp"
 #include "sim/sim_instrument.hpp"
 
@@ -55,7 +56,7 @@ class ScriptPrompts final : public Prompts {
 };
 
 // The instrument the options name (the simulated one or the driver library, traced when asked),
-// a session over it and the automation object.
+// a session over it with the panel's handlers attached, and the automation object.
 class SessionHost {
   public:
     SessionHost(const Options& options, Prompts& prompts, Clock& clock, std::ostream& err);
@@ -64,10 +65,13 @@ class SessionHost {
     Session& session() { return *session_; }
     Synthor_01_vexa& object() { return *object_; }
     sim::Instrument* instrument() { return instrument_.get(); }
+    // The `EEPROMdata` progress model the panel's start-up shows.
+    panel::EepromData& eepromData() { return *eepromData_; }
 
   private:
     std::unique_ptr<sim::Instrument> instrument_;
     std::unique_ptr<Session> session_;
+    panel::EepromData* eepromData_ = nullptr;
     std::unique_ptr<Synthor_01_vexa> object_;
 };
 

@@ -90,20 +90,13 @@ int main(int argc, char** argv) {
 
     panel::qt::PanelWindow window(form);
     prompts.setParent(&window);
-    panel::qt::EepromDataWindow eeprom;
+    panel::qt::EepromDataWindow eeprom(host->eepromData());
     const auto waitWhileShown = [&] {
         while (window.isVisible())
             QApplication::processEvents(QEventLoop::WaitForMoreEvents);
     };
-    // The panel's start-up reports the calibration load in `EEPROMdata`; FND reports nowhere.
     const auto show = [&] {
-        if (!form.loaded()) {
-            CalibrationProgress* before = session.calibrationProgress;
-            session.calibrationProgress = &eeprom;
-            form.load();
-            session.calibrationProgress = before;
-            eeprom.close();
-        }
+        form.load();
         form.show();
         window.refresh();
         window.show();

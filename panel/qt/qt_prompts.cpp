@@ -100,12 +100,25 @@ void QtPrompts::doEvents() {
     QCoreApplication::processEvents();
 }
 
-void EepromDataWindow::setValue(float value) {
+EepromDataWindow::EepromDataWindow(EepromData& model) : model_(model) {
+    model_.onChange = [this] { redraw(); };
+}
+
+EepromDataWindow::~EepromDataWindow() {
+    model_.onChange = nullptr;
+}
+
+void EepromDataWindow::redraw() {
+    if (!model_.visible()) {
+        dialog_.reset();
+        return;
+    }
     if (!dialog_) {
         dialog_ = std::make_unique<QProgressDialog>();
         dialog_->setObjectName("EEPROMdata");
+        dialog_->setWindowTitle(qs(EepromData::kCaption));
         dialog_->setFont(panelFont());
-        dialog_->setLabelText("Loading Data from ROM");
+        dialog_->setLabelText(qs(EepromData::kLabel));
         dialog_->setCancelButton(nullptr);
         dialog_->setRange(0, 100);
         dialog_->setMinimumDuration(0);
@@ -113,12 +126,8 @@ void EepromDataWindow::setValue(float value) {
         dialog_->setAutoReset(false);
         dialog_->show();
     }
-    dialog_->setValue(static_cast<int>(value));
+    dialog_->setValue(static_cast<int>(model_.value()));
     QCoreApplication::processEvents();
-}
-
-void EepromDataWindow::close() {
-    dialog_.reset();
 }
 
 }  // namespace synthor::panel::qt

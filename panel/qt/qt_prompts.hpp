@@ -6,7 +6,7 @@
 #include <QProgressDialog>
 #include <memory>
 
-#include "calibration/sig_gen_routines.hpp"
+#include "panel/eeprom_data.hpp"
 #include "runtime/prompts.hpp"
 
 class QWidget;
@@ -30,14 +30,19 @@ class QtPrompts final : public Prompts {
     QWidget* parent_ = nullptr;
 };
 
-// The `EEPROMdata` window: "Loading Data from ROM" over a bar from 0 to 100, shown from the first
-// progress report until close().
-class EepromDataWindow final : public CalibrationProgress {
+// The `EEPROMdata` window: draws the progress model (caption, label, bar, shown or hidden)
+// whenever it changes.
+class EepromDataWindow {
   public:
-    void setValue(float value) override;
-    void close();
+    explicit EepromDataWindow(EepromData& model);
+    ~EepromDataWindow();
+    EepromDataWindow(const EepromDataWindow&) = delete;
+    EepromDataWindow& operator=(const EepromDataWindow&) = delete;
 
   private:
+    void redraw();
+
+    EepromData& model_;
     std::unique_ptr<QProgressDialog> dialog_;
 };
 
