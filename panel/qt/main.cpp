@@ -119,8 +119,10 @@ int main(int argc, char** argv) {
         return 0;
     }
 
-    // The picture of the window as it stands after the script, even when the script hid it.
+    // The picture of the window as it stands after the script, even when the script hid it; no
+    // text box shows a caret.
     window.refresh();
+    if (QWidget* focus = QApplication::focusWidget()) focus->clearFocus();
     QApplication::processEvents();
     imaging::QtImageExporter exporter;
     int status = 0;

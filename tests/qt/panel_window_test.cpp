@@ -12,6 +12,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "cli/runner.hpp"
 #include "cli/session_host.hpp"
 #include "form/form_geometry.hpp"
 #include "imaging/qt/qt_image_exporter.hpp"
@@ -130,6 +131,32 @@ class PanelWindowTest : public QObject {
         QVERIFY(!window_->isVisible());
         QVERIFY(!form().visible());
         QVERIFY(trace().find("FT_Write 51 = 0", before) != std::string::npos);
+    }
+
+    // A bench session by mouse gives the same wire trace as the same session through the tool.
+    void benchSessionMatchesTheTool() {
+        const std::vector<const char*> clicks = {"Command1",  "Option2",   "Command11",
+                                                 "Command12", "Command23", "Command10"};
+        auto* text1 = widget<QLineEdit>("Text1");
+        text1->selectAll();
+        QTest::keyClicks(text1, "1500");
+        std::string script = "Panel.Load\nPanel.Set Text1 1500\n";
+        for (const char* name : clicks) {
+            QTest::mouseClick(widget<QAbstractButton>(name), Qt::LeftButton);
+            script += std::string("Panel.Click ") + name + "\n";
+        }
+        QVERIFY(!window_->isVisible());
+
+        const QString toolTrace = dir_.filePath("tool.txt");
+        std::istringstream in(script);
+        std::ostringstream out, err;
+        QCOMPARE(
+            cli::run({"--sim", "--trace", toolTrace.toStdString(), "--script", "-"}, in, out, err),
+            0);
+        std::ifstream tool(toolTrace.toStdString());
+        const std::string expected{std::istreambuf_iterator<char>(tool), {}};
+        QVERIFY(expected.find("FT_Write 51 = 0") != std::string::npos);
+        QCOMPARE(trace(), expected);
     }
 
     // The snapshot program's picture decodes at the window's size; JPEG quality shrinks it; a
