@@ -1,6 +1,7 @@
 #include "panel/qt/qt_prompts.hpp"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QStringList>
@@ -88,7 +89,10 @@ MsgResult QtPrompts::msgBox(std::string_view text, int style, std::string_view t
 std::optional<std::string> QtPrompts::openFile(const OpenFileRequest& request) {
     if (unattended_) return unattended_->openFile(request);
     const QStringList filters = qtFilter(request.filter).split(";;");
-    QFileDialog dialog(parent_, QString(), qs(request.initialDir), filters.join(";;"));
+    // The plan folder is a Windows path; where it does not exist, start in the current folder.
+    const QString folder = qs(request.initialDir);
+    QFileDialog dialog(parent_, QString(), QDir(folder).exists() ? folder : QDir::currentPath(),
+                       filters.join(";;"));
     dialog.setFileMode(QFileDialog::ExistingFile);
     if (request.filterIndex >= 1 && request.filterIndex <= filters.size())
         dialog.selectNameFilter(filters[request.filterIndex - 1]);
