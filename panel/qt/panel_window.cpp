@@ -25,14 +25,24 @@ QRect toQt(const Rect& r) {
     return {r.x, r.y, r.width, r.height};
 }
 
-// Where Debian's wine fonts put their "MS Sans Serif".
-constexpr const char* kFallbackFontFile = "/usr/share/wine/fonts/ms_sans_serif.ttf";
+// The substitute when the system has no scalable "MS Sans Serif": wine's Tahoma, as wine itself
+// substitutes it. (Wine's own "MS Sans Serif" is a bitmap font that Qt cannot draw bold, and a
+// bold Stop button is how the panel marks a running sweep.)
+constexpr const char* kSubstituteFamily = "Tahoma";
+constexpr std::array<const char*, 2> kSubstituteFiles = {"/usr/share/wine/fonts/tahoma.ttf",
+                                                         "/usr/share/wine/fonts/tahomabd.ttf"};
 
 }  // namespace
 
 QFont panelFont() {
-    const QString family = qs(kFontName);
-    if (!QFontDatabase::hasFamily(family)) QFontDatabase::addApplicationFont(kFallbackFontFile);
+    QString family = qs(kFontName);
+    if (!QFontDatabase::hasFamily(family) || !QFontDatabase::isSmoothlyScalable(family)) {
+        family = kSubstituteFamily;
+        if (!QFontDatabase::hasFamily(family)) {
+            for (const char* file : kSubstituteFiles)
+                QFontDatabase::addApplicationFont(file);
+        }
+    }
     QFont font(family);
     font.setPointSize(kFontPointSize);
     return font;

@@ -40,8 +40,8 @@ class PanelWindow final : public QWidget {
     std::array<QLabel*, statuspanel::Count> panels_{};
 };
 
-// The font every control uses: "MS Sans Serif" at 8 points, or wine's font of that name when
-// the system has none.
+// The font every control uses: "MS Sans Serif" at 8 points, or the substitute wine uses for it
+// when the system has no scalable font of that name.
 QFont panelFont();
 
 }  // namespace synthor::panel::qt
