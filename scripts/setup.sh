@@ -9,6 +9,7 @@ packages=(
     clang clang-format libclang-rt-14-dev       # fuzzing (libFuzzer) and format checks
     g++-mingw-w64-x86-64-posix wine64           # Windows cross-build, run under wine
     locales                                     # a decimal-comma locale for the parsing tests
+    qt6-base-dev qt6-image-formats-plugins fonts-wine  # the Qt panel, its image writers and font
 )
 
 # The number-parsing tests run once under a decimal-comma locale.
