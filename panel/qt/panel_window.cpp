@@ -86,27 +86,23 @@ void PanelWindow::build() {
                 w = box;
                 break;
             }
-            case ControlKind::CommandButton: {
-                auto* button = new QPushButton(this);
-                connect(button, &QPushButton::clicked, this,
+            case ControlKind::CommandButton:
+            case ControlKind::OptionButton:
+            case ControlKind::CheckBox: {
+                QAbstractButton* button = nullptr;
+                if (entry.kind == ControlKind::CommandButton) {
+                    button = new QPushButton(this);
+                } else if (entry.kind == ControlKind::CheckBox) {
+                    button = new QCheckBox(this);
+                } else {
+                    button = new QRadioButton(this);
+                    // The model keeps each frame's options exclusive; Qt would group the form.
+                    button->setAutoExclusive(false);
+                }
+                // A click presses a button, toggles a check box or selects an option.
+                connect(button, &QAbstractButton::clicked, this,
                         [this, name] { forward([&] { form_.click(name); }); });
                 w = button;
-                break;
-            }
-            case ControlKind::OptionButton: {
-                auto* option = new QRadioButton(this);
-                // The model keeps each frame's options exclusive; Qt would group the whole form.
-                option->setAutoExclusive(false);
-                connect(option, &QRadioButton::clicked, this,
-                        [this, name] { forward([&] { form_.choose(name); }); });
-                w = option;
-                break;
-            }
-            case ControlKind::CheckBox: {
-                auto* box = new QCheckBox(this);
-                connect(box, &QCheckBox::clicked, this,
-                        [this, name] { forward([&] { form_.click(name); }); });
-                w = box;
                 break;
             }
             case ControlKind::StatusBar: {

@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QStringList>
+#include <array>
 
 #include "panel/qt/panel_window.hpp"
 
@@ -47,23 +48,19 @@ QMessageBox::Icon iconOf(int style) {
     }
 }
 
+// The button a box was closed with; OK for any other.
 MsgResult resultOf(int button) {
-    switch (button) {
-        case QMessageBox::Cancel:
-            return MsgResult::Cancel;
-        case QMessageBox::Abort:
-            return MsgResult::Abort;
-        case QMessageBox::Retry:
-            return MsgResult::Retry;
-        case QMessageBox::Ignore:
-            return MsgResult::Ignore;
-        case QMessageBox::Yes:
-            return MsgResult::Yes;
-        case QMessageBox::No:
-            return MsgResult::No;
-        default:
-            return MsgResult::Ok;
-    }
+    constexpr std::array<std::pair<QMessageBox::StandardButton, MsgResult>, 6> kResults = {{
+        {QMessageBox::Cancel, MsgResult::Cancel},
+        {QMessageBox::Abort, MsgResult::Abort},
+        {QMessageBox::Retry, MsgResult::Retry},
+        {QMessageBox::Ignore, MsgResult::Ignore},
+        {QMessageBox::Yes, MsgResult::Yes},
+        {QMessageBox::No, MsgResult::No},
+    }};
+    for (const auto& [qt, result] : kResults)
+        if (button == qt) return result;
+    return MsgResult::Ok;
 }
 
 // "Name|pattern|Name|pattern|" as Qt's "Name (pattern);;Name (pattern)".
