@@ -47,11 +47,14 @@ int main(int argc, char** argv) {
                 extra.snapshot = value();
             } else if (name == "--quality") {
                 const std::string text = value();
+                std::size_t used = 0;
                 try {
-                    extra.quality = std::stol(text);
+                    extra.quality = std::stol(text, &used);
                 } catch (const std::exception&) {
-                    throw cli::UsageError{"--quality takes a number"};
+                    used = 0;
                 }
+                if (used == 0 || used != text.size())
+                    throw cli::UsageError{"--quality takes a whole number"};
             } else {
                 return false;
             }
