@@ -2,6 +2,7 @@
 // command-line tool's instrument options; or, with --snapshot, a picture of the panel after its
 // start-up and a script.
 #include <QApplication>
+#include <QEventLoop>
 #include <QImage>
 #include <fstream>
 #include <iostream>
@@ -95,8 +96,10 @@ int main(int argc, char** argv) {
     prompts.setParent(&window);
     panel::qt::EepromDataWindow eeprom(host->eepromData());
     const auto waitWhileShown = [&] {
-        while (window.isVisible())
-            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QEventLoop shown;
+        window.onHidden = [&] { shown.quit(); };
+        if (window.isVisible()) shown.exec();
+        window.onHidden = nullptr;
     };
     const auto show = [&] {
         form.load();

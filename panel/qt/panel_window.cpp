@@ -190,6 +190,11 @@ QLabel* PanelWindow::statusPanel(int panel) const {
     return panels_.at(static_cast<std::size_t>(panel - 1));
 }
 
+void PanelWindow::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (onHidden) onHidden();
+}
+
 void PanelWindow::closeEvent(QCloseEvent* event) {
     // The panel is never unloaded: the model's close runs its QueryUnload work and hides it.
     event->ignore();

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -26,8 +27,12 @@ class PanelWindow final : public QWidget {
     // The status bar's panel 1..7.
     QLabel* statusPanel(int panel) const;
 
+    // Called whenever the window hides (the model hid the panel).
+    std::function<void()> onHidden;
+
   protected:
     void closeEvent(QCloseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
   private:
     // Runs a model event, reports a runtime error the way the panel does, then redraws.
