@@ -11,6 +11,7 @@
 #include "automation/synthor_01_vexa.hpp"
 #include "cli/progress_bar.hpp"
 #include "cli/script.hpp"
+#include "cli/session_host.hpp"
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
 #include "panel/handlers.hpp"
@@ -40,22 +41,9 @@ constexpr const char* kUsage =
     "  --dialog PATH           answer of the next file-open dialog (repeatable)\n"
     "  --help                  show this text\n";
 
-struct UsageError {
-    std::string message;
-};
+}  // namespace
 
-struct Options {
-    bool sim = false;
-    bool simOptionSeen = false;
-    sim::Config simConfig;
-    std::string tracePath;
-    std::deque<std::string> dialogs;
-    std::optional<std::string> scriptPath;
-    std::vector<std::string> call;  // CALL and its ARG words
-    bool help = false;
-};
-
-Options parseOptions(const std::vector<std::string>& args) {
+Options parseOptions(const std::vector<std::string>& args, const ExtraOption& extra) {
     Options o;
     std::size_t i = 0;
     std::optional<std::string> inlineValue;  // the text after "=" in "--name=value"
@@ -126,7 +114,7 @@ Options parseOptions(const std::vector<std::string>& args) {
             o.dialogs.push_back(value(a));
         } else if (a == "--script") {
             o.scriptPath = value(a);
-        } else {
+        } else if (!extra || !extra(a, [&] { return value(a); })) {
             throw UsageError{"unknown option " + a};
         }
     }
@@ -135,55 +123,24 @@ Options parseOptions(const std::vector<std::string>& args) {
     if (o.simOptionSeen && !o.sim) throw UsageError{"the --sim-* options need --sim"};
     if (o.scriptPath && !o.call.empty())
         throw UsageError{"give either --script or a call, not both"};
-    if (!o.scriptPath && o.call.empty()) throw UsageError{"nothing to do: give a call or --script"};
     return o;
+}
+
+namespace {
+
+// Draws the calibration load's progress on standard error while values arrive; hiding the
+// window (the panel's load ending, even early) clears it.
+void showProgress(panel::EepromData& loading, std::ostream& err) {
+    loading.onChange = [&loading, bar = std::make_shared<ProgressBar>(err), shown = false]() mutable {
+        bar->draw(shown && !loading.visible() ? 100 : loading.value());
+        shown = loading.visible();
+    };
 }
 
 class Runner {
   public:
-    Runner(const Options& o, std::ostream& out, std::ostream& err)
-        : out_(out), err_(err), prompts_(out, o.dialogs, &err) {
-        d2xx::DriverTable table;
-        if (o.sim) {
-            instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
-            table = instrument_->driverTable();
-        } else {
-            DriverLoad load = loadDriverLibrary();
-            table = std::move(load.table);
-            if (!load.diagnostic.empty()) {
-                // Said once, when an instrument is first looked for.
-                auto open = table.openEx;
-                auto said = std::make_shared<bool>(false);
-                table.openEx = [open, said, &err, text = load.diagnostic](
-                                   const char* arg, std::uint32_t flags, d2xx::Handle* h) {
-                    if (!*said) err << "synthor: " << text << '\n';
-                    *said = true;
-                    return open(arg, flags, h);
-                };
-            }
-        }
-        if (!o.tracePath.empty()) {
-            trace_ = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
-            if (!*trace_) throw UsageError{"cannot write the trace file " + o.tracePath};
-            table = traced(std::move(table), streamTraceSink(trace_));
-        }
-        session_ = std::make_unique<Session>(std::move(table), prompts_, clock_);
-        panel::EepromData& loading = panel::attachHandlers(*session_);
-        if (&err == &std::cerr && stderrIsTerminal()) {
-            // Drawn while values arrive; hiding the window (the panel's load ending, even
-            // early) clears it.
-            loading.onChange = [&loading, bar = std::make_shared<ProgressBar>(err),
-                                shown = false]() mutable {
-                if (shown && !loading.visible()) {
-                    bar->draw(100);
-                } else {
-                    bar->draw(loading.value());
-                }
-                shown = loading.visible();
-            };
-        }
-        object_ = std::make_unique<Synthor_01_vexa>(*session_);
-    }
+    Runner(SessionHost& host, std::ostream& out, std::ostream& err)
+        : out_(out), err_(err), host_(host) {}
 
     // Runs one call; false when there is no such call in this build. Whatever the call throws
     // becomes its "raised" line, and the script goes on.
@@ -208,7 +165,7 @@ class Runner {
             said = true;
         };
         if (!out_) complain(outLost_, "the results to standard output");
-        if (trace_ && !trace_->flush()) complain(traceLost_, "the trace file");
+        if (host_.traceFile() && !host_.traceFile()->flush()) complain(traceLost_, "the trace file");
         return !outLost_ && !traceLost_;
     }
 
@@ -216,11 +173,11 @@ class Runner {
     bool dispatch(const ScriptCall& c, const std::string& where) {
         const std::string name = lcase(c.name);
         if (name == "sim.output") {
-            if (!instrument_) {
+            if (!host_.instrument()) {
                 err_ << "synthor: " << where << "Sim.Output needs --sim\n";
                 return true;
             }
-            out_ << instrument_->describeOutput();
+            out_ << host_.instrument()->describeOutput();
             return true;
         }
         if (name.rfind("panel.", 0) == 0) {
@@ -240,14 +197,14 @@ class Runner {
         if (n < m->minArgs || n > m->maxArgs) raise(errnum::WrongArgCount);
         std::vector<Variant> args = c.args;
         args.resize(static_cast<std::size_t>(m->maxArgs), Missing{});
-        out_ << toText(m->invoke(*object_, args)) << '\n';
+        out_ << toText(m->invoke(host_.object(), args)) << '\n';
         return true;
     }
 
     // The headless panel: Set/Click/Select/Load/Close act and print nothing of their own;
     // Get/Value/Bold/Enabled/Status print the control's state.
     void panelCall(const std::string& action, const ScriptCall& c, const std::string& where) {
-        panel::FreqGen2& form = session_->panel;
+        panel::FreqGen2& form = host_.session().panel;
         const auto arg = [&](std::size_t i) { return i < c.args.size() ? toText(c.args[i]) : ""; };
         const auto complain = [&](const std::string& what) {
             err_ << "synthor: " << where << c.name << ": " << what << '\n';
@@ -285,19 +242,15 @@ class Runner {
 
     std::ostream& out_;
     std::ostream& err_;
-    LoggedPrompts prompts_;
-    SystemClock clock_;
-    std::unique_ptr<sim::Instrument> instrument_;
-    std::unique_ptr<Session> session_;
-    std::unique_ptr<Synthor_01_vexa> object_;
-    std::shared_ptr<std::ofstream> trace_;
+    SessionHost& host_;
     bool outLost_ = false;
     bool traceLost_ = false;
 };
 
 // Runs the script line by line. A line too long to be a script line, or a read error, stops it
 // as an unreadable script (a stream without line ends, such as /dev/zero, ends there too).
-int runScript(Runner& runner, ByteSource& script, const std::string& name, std::ostream& err) {
+int runLines(Runner& runner, ByteSource& script, const std::string& name, std::ostream& err,
+             const std::function<void()>& afterLine = {}) {
     BoundedReader in(script);
     std::string line;
     for (int number = 1;; ++number) {
@@ -317,11 +270,52 @@ int runScript(Runner& runner, ByteSource& script, const std::string& name, std::
         }
         const ParsedLine parsed = parseScriptLine(line);
         if (!parsed.warning.empty()) err << "synthor: " << where << parsed.warning << '\n';
-        if (parsed.call) runner.call(*parsed.call, where);
+        if (!parsed.call) continue;
+        runner.call(*parsed.call, where);
+        if (afterLine) afterLine();
     }
 }
 
 }  // namespace
+
+SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::ostream& err) {
+    d2xx::DriverTable table;
+    if (o.sim) {
+        instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
+        table = instrument_->driverTable();
+    } else {
+        DriverLoad load = loadDriverLibrary();
+        table = std::move(load.table);
+        if (!load.diagnostic.empty()) {
+            // Said once, when an instrument is first looked for.
+            auto open = table.openEx;
+            auto said = std::make_shared<bool>(false);
+            table.openEx = [open, said, &err, text = load.diagnostic](
+                               const char* arg, std::uint32_t flags, d2xx::Handle* h) {
+                if (!*said) err << "synthor: " << text << '\n';
+                *said = true;
+                return open(arg, flags, h);
+            };
+        }
+    }
+    if (!o.tracePath.empty()) {
+        trace_ = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
+        if (!*trace_) throw UsageError{"cannot write the trace file " + o.tracePath};
+        table = traced(std::move(table), streamTraceSink(trace_));
+    }
+    session_ = std::make_unique<Session>(std::move(table), prompts, clock);
+    eepromData_ = &panel::attachHandlers(*session_);
+    object_ = std::make_unique<Synthor_01_vexa>(*session_);
+}
+
+SessionHost::~SessionHost() = default;
+
+void runScript(SessionHost& host, std::istream& script, std::ostream& out, std::ostream& err,
+               const std::function<void()>& afterLine) {
+    Runner runner(host, out, err);
+    const auto source = streamSource(script);
+    runLines(runner, *source, "script", err, afterLine);
+}
 
 int run(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
         std::ostream& err) {
@@ -331,6 +325,8 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
             out << kUsage;
             return out.flush() ? 0 : 1;
         }
+        if (!o.scriptPath && o.call.empty())
+            throw UsageError{"nothing to do: give a call or --script"};
         std::unique_ptr<ByteSource> script;
         if (o.scriptPath) {
             std::string error;
@@ -341,10 +337,14 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
                 return 2;
             }
         }
-        Runner runner(o, out, err);
+        LoggedPrompts prompts(out, o.dialogs, &err);
+        SystemClock clock;
+        SessionHost host(o, prompts, clock, err);
+        if (&err == &std::cerr && stderrIsTerminal()) showProgress(host.eepromData(), err);
+        Runner runner(host, out, err);
         int status = 0;
         if (script) {
-            status = runScript(runner, *script, *o.scriptPath, err);
+            status = runLines(runner, *script, *o.scriptPath, err);
         } else {
             ScriptCall c;
             c.name = o.call.front();

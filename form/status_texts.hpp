@@ -37,6 +37,12 @@ inline constexpr std::string_view Am400 = "Status: AM 400Hz";
 inline constexpr std::string_view Am1k = "Status: AM 1kHz";
 inline constexpr std::string_view AmExt = "Status: AM Ext";
 
+// Every panel-1 text, for sizing the status bar.
+inline constexpr std::array<std::string_view, 15> kAll = {
+    CW,       Off,   Loading, FreqSweep, LevelSweep, ComplexSweep, FreqHop, PhaseHop,
+    LevelHop, Fm400, Fm1k,    FmExt,     Am400,      Am1k,         AmExt,
+};
+
 }  // namespace status
 
 // Panel 2: the trigger, indexed by trigger mode (0 free run, 1 rising edge, 2 falling edge).
