@@ -1,0 +1,68 @@
+#!/usr/bin/env bash
+# The Win32 panel and the GDI+ exporter under wine and Xvfb: shows the panel over the simulated
+# instrument, finds it by its caption, takes its picture, clicks it and closes it; saves pictures
+# through cGdiPlus and decodes them with ImageMagick. Needs the Windows build (build-win).
+# Ends with "N passed, M failed"; the exit status is the number of failures.
+set -uo pipefail
+cd "$(dirname "$0")/.."
+build=${BUILD_WIN:-build-win}
+out="$build/win32-panel"
+mkdir -p "$out" docs
+export WINEDEBUG=-all WINEPREFIX="$PWD/$build/wineprefix" WINEDLLOVERRIDES="mscoree,mshtml="
+wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
+caption="KX30-11-02 Signal generator utility"
+passed=0 failed=0
+check() { # check DESCRIPTION COMMAND...
+    local what=$1; shift
+    if "$@"; then passed=$((passed + 1)); else failed=$((failed + 1)); echo "FAILED: $what"; fi
+}
+
+# Xvfb before the wineserver, so that wine's windows get a display driver.
+display=":$((100 + $$ % 400))"
+Xvfb "$display" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb=$!
+export DISPLAY=$display
+sleep 1
+wineserver -k 2>/dev/null || true
+if [ ! -f "$WINEPREFIX/system.reg" ]; then "$wine" wineboot -i >/dev/null 2>&1; fi
+# No window manager: wine draws the title bars itself. Its own fonts give every glyph.
+"$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1
+cp -n /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null || true
+finish() { kill "$xvfb" 2>/dev/null; wineserver -k 2>/dev/null; }
+trap finish EXIT
+
+# --- cGdiPlus: files in each format, decoded by ImageMagick --------------------------------
+rm -rf "$out/gdi" && mkdir -p "$out/gdi"
+"$wine" "$build/win32_panel_check.exe" gdiplus "$(winepath -w "$out/gdi")" 2>/dev/null | tr -d '\r' \
+    > "$out/gdi.txt"
+cat "$out/gdi.txt"
+check "the exporter's own checks" grep -q ' passed, 0 failed$' "$out/gdi.txt"
+decodes() { # decodes FILE FORMAT: the file is a 120x80 picture in FORMAT
+    [ "$(identify -format '%m %wx%h' "$out/gdi/$1" 2>/dev/null)" = "$2 120x80" ]
+}
+for f in "p.bmp BMP3" "p.png PNG" "p.tif TIFF" "p.TIFF TIFF" "p.jpg JPEG" "p.JPEG JPEG" \
+         "p.jpe JPEG"; do
+    set -- $f
+    check "$1 decodes as $2" decodes "$1" "$2"
+done
+# Both qualities must save a JPEG; wine's encoder ignores the quality, so the sizes may match
+# here (on Windows q10 is the smaller).
+check "JPEG at quality 10 and 95 both decode" decodes q10.jpg JPEG
+check "" decodes q95.jpg JPEG
+
+# --- The panel: ShowUI shows it, its picture, a click, Exit --------------------------------
+trace="$out/panel-trace.txt"
+"$wine" "$build/win32_panel_check.exe" panel "$(winepath -w "$trace")" 2>"$out/panel-err.txt" \
+    | tr -d '\r' > "$out/panel-out.txt" &
+panel=$!
+window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$caption\$" | head -n 1)
+check "the panel appears, found by its caption" test -n "$window"
+if [ -n "$window" ]; then
+    sleep 1
+    import -window "$window" "$out/panel.png"
+    cp "$out/panel.png" docs/win32-panel.png
+    check "the panel's picture decodes" identify "$out/panel.png" >/dev/null
+fi
+wait "$panel" 2>/dev/null
+echo "$passed passed, $failed failed"
+exit "$failed"

@@ -1,0 +1,130 @@
+// Runs under wine:
+//   win32_panel_check panel TRACE   shows the panel over the simulated instrument (ShowUI) and
+//                                   prints what ShowUI returned
+//   win32_panel_check gdiplus DIR   saves pictures through cGdiPlus into DIR and checks the
+//                                   exporter's decisions; ends with "N passed, M failed"
+#include <windows.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "automation/synthor_01_vexa.hpp"
+#include "imaging/gdiplus/gdi_plus.hpp"
+#include "link/trace.hpp"
+#include "panel/win32/win32_panel.hpp"
+#include "sim/sim_instrument.hpp"
+
+namespace {
+
+using namespace synthor;
+
+class QuietPrompts final : public Prompts {
+  public:
+    MsgResult msgBox(std::string_view text, int style, std::string_view title) override {
+        std::cerr << "msgbox: " << title << ": " << text << '\n';
+        return defaultAnswer(style);
+    }
+    std::optional<std::string> openFile(const OpenFileRequest&) override { return {}; }
+};
+
+int runPanel(const std::string& tracePath) {
+    sim::Instrument instrument;
+    auto file = std::make_shared<std::ofstream>(tracePath, std::ios::binary);
+    QuietPrompts prompts;
+    SystemClock clock;
+    Session session(traced(instrument.driverTable(), streamTraceSink(file)), prompts, clock);
+    Synthor_01_vexa object(session);
+    win32::attachWin32Panel(session);
+    object.FND();
+    std::cout << "ShowUI: " << object.ShowUI() << std::endl;
+    return 0;
+}
+
+int passed = 0, failed = 0;
+
+void check(bool ok, const std::string& what) {
+    (ok ? passed : failed)++;
+    if (!ok) std::cout << "FAILED: " << what << '\n';
+}
+
+// A 24-bit picture with a few coloured bands, so encoders have something to compress.
+HBITMAP testBitmap() {
+    HDC screen = GetDC(nullptr);
+    HDC dc = CreateCompatibleDC(screen);
+    HBITMAP bitmap = CreateCompatibleBitmap(screen, 120, 80);
+    HGDIOBJ old = SelectObject(dc, bitmap);
+    for (int x = 0; x < 120; ++x)
+        for (int y = 0; y < 80; ++y)
+            SetPixel(dc, x, y, RGB(x * 2, y * 3, (x * y) % 256));
+    SelectObject(dc, old);
+    DeleteDC(dc);
+    ReleaseDC(nullptr, screen);
+    return bitmap;
+}
+
+int runGdiPlus(const std::filesystem::path& dir) {
+    struct Event {
+        long gdiError = 0;
+        std::string text;
+        int count = 0;
+    } event;
+    imaging::cGdiPlus gdi([&](long, long gdiError, const std::string& text) {
+        event = {gdiError, text, event.count + 1};
+    });
+    imaging::Picture picture{testBitmap(), nullptr};
+
+    const auto& index = gdi.extensionIndex();
+    check(index.count("*.JPEG") && index.at("*.JPEG") == index.at("*.JPG"),
+          "*.JPG and *.JPEG name one encoder");
+
+    // The script decodes these with an independent decoder.
+    for (const char* name : {"p.bmp", "p.png", "p.tif", "p.TIFF", "p.jpg", "p.JPEG", "p.jpe"})
+        gdi.PictureBoxToFile(picture, (dir / name).string(), 80);
+    gdi.PictureBoxToFile(picture, (dir / "q10.jpg").string(), 10);
+    gdi.PictureBoxToFile(picture, (dir / "q95.jpg").string(), 95);
+    check(event.count == 0, "good saves raise no Error");
+
+    // No extension, or an unknown one: nothing written, no event.
+    std::filesystem::create_directories(dir / "out.dir");
+    gdi.PictureBoxToFile(picture, (dir / "out.dir\\picture").string(), 80);
+    gdi.PictureBoxToFile(picture, (dir / "p.xyz").string(), 80);
+    gdi.PictureBoxToFile(picture, (dir / "noext").string(), 80);
+    check(std::filesystem::is_empty(dir / "out.dir") && !std::filesystem::exists(dir / "p.xyz") &&
+              event.count == 0,
+          "names without a known extension save nothing");
+
+    // A save into a folder that does not exist fails inside GDI+ and raises Error.
+    gdi.PictureBoxToFile(picture, (dir / "missing" / "p.png").string(), 80);
+    check(event.count == 1 && event.gdiError != 0 &&
+              event.text == imaging::cGdiPlus::GdiErrorString(event.gdiError),
+          "a failing save raises Error with its status and text (got " +
+              std::to_string(event.gdiError) + " " + event.text + ")");
+
+    struct Text {
+        long status;
+        const char* text;
+    };
+    for (auto [status, text] :
+         {Text{1, "Generic Error"}, Text{7, "Win32 Error"}, Text{13, "Unknown Image Format"},
+          Text{20, "Property Not Supported"}, Text{0, "Unknown GDI+ Error"},
+          Text{-1, "Unknown GDI+ Error"}, Text{21, "Unknown GDI+ Error"}})
+        check(imaging::cGdiPlus::GdiErrorString(status) == text,
+              "GdiErrorString(" + std::to_string(status) + ")");
+
+    std::cout << passed << " passed, " << failed << " failed" << std::endl;
+    return failed == 0 ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::string mode = argc > 2 ? argv[1] : "";
+    if (mode == "panel") return runPanel(argv[2]);
+    if (mode == "gdiplus") return runGdiPlus(argv[2]);
+    std::cerr << "usage: win32_panel_check panel TRACE | gdiplus DIR\n";
+    return 2;
+}
