@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "calibration/sig_gen_routines.hpp"
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 #include "encoding/phase.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/format.hpp"

@@ -1,6 +1,6 @@
 #include "calibration/sig_gen_routines.hpp"
 
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 #include "runtime/convert.hpp"
 
 namespace synthor {

@@ -8,7 +8,7 @@
 #include <optional>
 #include <span>
 
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 
 namespace synthor {
 

@@ -5,9 +5,9 @@
 #include <array>
 #include <cstdint>
 
-#include "calibration/sig_gen_routines.hpp"
+#include "calibration/tables.hpp"
 #include "encoding/band_plan.hpp"
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 #include "link/usb_link.hpp"
 
 namespace synthor {

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "calibration/sig_gen_routines.hpp"
+#include "calibration/tables.hpp"
 
 namespace synthor {
 

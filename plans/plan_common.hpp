@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "encoding/phase.hpp"
-#include "plans/sweep_frames.hpp"
+#include "frames/sweep_frames.hpp"
 #include "session/session.hpp"
 
 namespace synthor {

@@ -1,7 +1,7 @@
 // Splitting numbers into frame bytes and the fixed frames built from them.
 #include <gtest/gtest.h>
 
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 #include "runtime/raised_by.hpp"
 
 namespace synthor {

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "plan_fixture.hpp"
-#include "plans/sweep_frames.hpp"
+#include "frames/sweep_frames.hpp"
 #include "plans/trigger.hpp"
 
 namespace synthor::testing {

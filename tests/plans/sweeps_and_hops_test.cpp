@@ -4,7 +4,7 @@
 #include "plans/freq_sweep.hpp"
 #include "plans/hops.hpp"
 #include "plans/level_sweeps.hpp"
-#include "plans/sweep_frames.hpp"
+#include "frames/sweep_frames.hpp"
 
 namespace synthor::testing {
 namespace {

@@ -1,6 +1,6 @@
-#include "plans/sweep_frames.hpp"
+#include "frames/sweep_frames.hpp"
 
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 #include "runtime/convert.hpp"
 
 namespace synthor {

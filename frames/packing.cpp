@@ -1,4 +1,4 @@
-#include "encoding/packing.hpp"
+#include "frames/packing.hpp"
 
 #include <cmath>
 

@@ -1,0 +1,196 @@
+// Runs transcripts: whole exchanges through the command-line tool, compared with what a user
+// sees. A file holds cases; each starts at a `#` line saying what fault it would catch.
+//
+//   $ OPTIONS      the tool's options (words split on blanks, double quotes group)
+//   > LINE         a script line; the case then runs with `--script -` fed these lines
+//   < TEXT         an expected line of standard output ("<" alone: an empty line)
+//   ~ TEXT         a wire-trace line that must appear, in order with the other `~` lines
+//   ! TEXT         a text that a line of standard error must contain, in order
+//   ? N            the expected exit status (default 0)
+//
+// Standard output must equal the `<` lines exactly. Usage: transcript_runner FILE...
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "cli/runner.hpp"
+
+namespace {
+
+struct Case {
+    std::string title;
+    int line = 0;
+    std::vector<std::string> options;
+    std::string script;
+    bool hasScript = false;
+    std::vector<std::string> out, trace, err;
+    int status = 0;
+};
+
+std::vector<std::string> splitWords(const std::string& text) {
+    std::vector<std::string> words;
+    std::string word;
+    bool quoted = false, any = false;
+    for (const char c : text) {
+        if (c == '"') {
+            quoted = !quoted;
+            any = true;
+        } else if (c == ' ' && !quoted) {
+            if (any) words.push_back(word);
+            word.clear();
+            any = false;
+        } else {
+            word += c;
+            any = true;
+        }
+    }
+    if (any) words.push_back(word);
+    return words;
+}
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> result;
+    std::istringstream in(text);
+    for (std::string l; std::getline(in, l);)
+        result.push_back(l);
+    return result;
+}
+
+std::vector<Case> readCases(std::istream& in) {
+    std::vector<Case> cases;
+    bool inHeader = false;
+    int number = 0;
+    for (std::string l; std::getline(in, l);) {
+        ++number;
+        if (l.empty()) continue;
+        if (l[0] == '#') {
+            if (!inHeader) {
+                cases.emplace_back();
+                cases.back().title = l.substr(1);
+                cases.back().line = number;
+            }
+            inHeader = true;
+            continue;
+        }
+        inHeader = false;
+        if (cases.empty()) throw std::runtime_error("line " + std::to_string(number) + ": no case");
+        Case& c = cases.back();
+        const std::string rest = l.size() > 2 ? l.substr(2) : "";
+        switch (l[0]) {
+            case '$':
+                c.options = splitWords(rest);
+                break;
+            case '>':
+                c.script += rest + "\n";
+                c.hasScript = true;
+                break;
+            case '<':
+                c.out.push_back(rest);
+                break;
+            case '~':
+                c.trace.push_back(rest);
+                break;
+            case '!':
+                c.err.push_back(rest);
+                break;
+            case '?':
+                c.status = std::stoi(rest);
+                break;
+            default:
+                throw std::runtime_error("line " + std::to_string(number) + ": " + l);
+        }
+    }
+    return cases;
+}
+
+// True when every wanted line occurs in `have` in order (exactly, or as a part when `part`).
+bool inOrder(const std::vector<std::string>& wanted, const std::vector<std::string>& have,
+             bool part, std::string& missing) {
+    std::size_t at = 0;
+    for (const auto& w : wanted) {
+        while (at < have.size() && (part ? have[at].find(w) == std::string::npos : have[at] != w))
+            ++at;
+        if (at == have.size()) {
+            missing = w;
+            return false;
+        }
+        ++at;
+    }
+    return true;
+}
+
+std::string joined(const std::vector<std::string>& ls) {
+    std::string s;
+    for (const auto& l : ls)
+        s += "    " + l + "\n";
+    return s;
+}
+
+bool runCase(const std::string& file, const Case& c, const std::filesystem::path& tracePath) {
+    std::vector<std::string> args = c.options;
+    if (!c.trace.empty()) {
+        args.insert(args.begin(), {"--trace", tracePath.string()});
+    }
+    if (c.hasScript) {
+        args.push_back("--script");
+        args.push_back("-");
+    }
+    std::istringstream in(c.script);
+    std::ostringstream out, err;
+    const int status = synthor::cli::run(args, in, out, err);
+
+    std::string problem;
+    const auto got = lines(out.str());
+    std::vector<std::string> trace;
+    if (!c.trace.empty()) {
+        std::ifstream t(tracePath);
+        for (std::string l; std::getline(t, l);)
+            trace.push_back(l);
+    }
+    std::string missing;
+    if (got != c.out) {
+        problem = "output differs\n  expected:\n" + joined(c.out) + "  got:\n" + joined(got);
+    } else if (!inOrder(c.trace, trace, false, missing)) {
+        problem = "trace line missing or out of order: " + missing + "\n  trace:\n" + joined(trace);
+    } else if (!inOrder(c.err, lines(err.str()), true, missing)) {
+        problem = "standard error lacks: " + missing + "\n  got:\n" + joined(lines(err.str()));
+    } else if (status != c.status) {
+        problem =
+            "exit status " + std::to_string(status) + ", expected " + std::to_string(c.status);
+    }
+    if (problem.empty()) return true;
+    std::cerr << file << ":" << c.line << ":" << c.title << "\n  " << problem << "\n";
+    return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto tracePath = std::filesystem::temp_directory_path() /
+                           ("transcript-trace-" + std::to_string(::getpid()) + ".txt");
+    int passed = 0, failed = 0;
+    for (int i = 1; i < argc; ++i) {
+        std::ifstream in(argv[i]);
+        if (!in) {
+            std::cerr << argv[i] << ": cannot read\n";
+            ++failed;
+            continue;
+        }
+        try {
+            for (const Case& c : readCases(in))
+                ++(runCase(argv[i], c, tracePath) ? passed : failed);
+        } catch (const std::exception& e) {
+            std::cerr << argv[i] << ": " << e.what() << "\n";
+            ++failed;
+        }
+    }
+    std::filesystem::remove(tracePath);
+    std::cout << passed << " passed, " << failed << " failed\n";
+    return failed == 0 && passed > 0 ? 0 : 1;
+}
