@@ -10,6 +10,7 @@
 #include "runtime/convert.hpp"
 #include "runtime/format.hpp"
 #include "runtime/text.hpp"
+#include "session/carrier.hpp"
 
 namespace synthor {
 namespace {
@@ -24,8 +25,6 @@ constexpr double kMaxLevel = 17;
 constexpr double kCwStep = 1000.0;
 
 constexpr float kPhaseFullScale = 360;  // larger phases are sent as a full turn
-
-constexpr std::uint8_t kLockMask = 5;
 
 }  // namespace
 
@@ -61,16 +60,9 @@ std::string Synthor_01_vexa::CloseSigGen() {
     return result;
 }
 
-std::string Synthor_01_vexa::SwitchOff() {
-    session_.freqLevel.writeOutputOff();
-    session_.link.WriteUSB(pointStartFrame(kCwAddress));
-    if (session_.showOffDisplay) session_.showOffDisplay();
-    return "OK";
-}
-
 std::string Synthor_01_vexa::GenOff() {
     if (session_.link.InstrumentFound == kFalse) return kNoInstrumentFound;
-    return SwitchOff();
+    return synthor::SwitchOff(session_);
 }
 
 std::string Synthor_01_vexa::ShowUI() {
@@ -115,32 +107,10 @@ std::string Synthor_01_vexa::DLLVer() {
     return "V1.0 Jan 2019";
 }
 
-std::int16_t Synthor_01_vexa::QueryLockState() {
-    UsbLink& link = session_.link;
-    link.WriteUSB("Y9");
-    return static_cast<std::int16_t>(asc(link.ReadUSB(1)) & kLockMask);
-}
-
 std::string Synthor_01_vexa::LockStatus() {
     if (session_.link.InstrumentFound == kFalse) return kNoInstrumentConnected;
-    std::string result = "Unknown";
-    switch (QueryLockState()) {
-        case 0:
-            result = "Locked";
-            break;
-        case 1:
-            result = "Unlocked!";
-            break;
-        case 4:
-            result = "AGC unlocked!";
-            break;
-        case 5:
-            result = "PLL and AGC Unlocked!";
-            break;
-        default:
-            break;  // cannot happen after the mask
-    }
-    return result;
+    const std::string_view text = lockText(QueryLockState(session_));
+    return std::string(text.empty() ? "Unknown" : text);
 }
 
 namespace {

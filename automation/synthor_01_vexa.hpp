@@ -55,12 +55,6 @@ class Synthor_01_vexa {
     std::string SetSigGen(const Variant& command, const Variant& p1, const Variant& p2,
                           const Variant& p3, const Variant& p4, const Variant& p5);
 
-    // The switch-off sequence behind GenOff and the panel's RF off; always "OK".
-    std::string SwitchOff();
-    // The instrument's lock bits: the reply to "Y9" AND 5 (1 PLL unlocked, 4 AGC unlocked).
-    // Raises the invalid-argument error when no reply byte arrives.
-    std::int16_t QueryLockState();
-
     Session& session() { return session_; }
 
   private:

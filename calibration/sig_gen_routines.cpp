@@ -6,7 +6,6 @@
 namespace synthor {
 namespace {
 
-constexpr std::int32_t kIdentityAddress = 2;
 constexpr std::int32_t kIdentityBlockSize = 11;
 constexpr int kIdentityBlocks = 15;
 constexpr int kVersionElement = 10;
@@ -60,9 +59,9 @@ void readPlainTable(UsbLink& link, std::int32_t address, std::string& table,
 
 }  // namespace
 
-void ReadIdentity(UsbLink& link, Identity& identity) {
+void ReadIdentity(UsbLink& link, Identity& identity, std::int32_t firstAddress) {
     link.CheckResponse();
-    std::int32_t address = kIdentityAddress;
+    std::int32_t address = firstAddress;
     for (int i = 1; i <= kIdentityBlocks; ++i) {
         link.WriteUSB(memoryReadFrame(kIdentityBlockSize, address));
         identity[i] = link.ReadUSB(kIdentityBlockSize);

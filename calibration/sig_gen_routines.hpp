@@ -15,10 +15,11 @@ namespace synthor {
 // 10 the firmware version, 15 the hardware identifier.
 using Identity = std::array<std::string, 16>;
 
-// Reads identity blocks 1..15 (11 bytes each from address 2) and then replaces element 10 with
-// the 3-byte version reply. When the instrument stops answering after a block, shows "No
-// Response" ("Hardware Info", critical) and returns with the remaining elements unread.
-void ReadIdentity(UsbLink& link, Identity& identity);
+// Reads identity blocks 1..15 (11 bytes each from `firstAddress`: 2 when an instrument is
+// opened, 0 for the panel's hardware read) and then replaces element 10 with the 3-byte version
+// reply. When the instrument stops answering after a block, shows "No Response" ("Hardware
+// Info", critical) and returns with the remaining elements unread.
+void ReadIdentity(UsbLink& link, Identity& identity, std::int32_t firstAddress = 2);
 
 // The number of short replies in a row after which LoadCalData takes a block of tables 1 and 2
 // as unobtainable.

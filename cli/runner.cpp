@@ -8,13 +8,15 @@
 #include <optional>
 #include <sstream>
 
-#include "session/session.hpp"
 #include "automation/synthor_01_vexa.hpp"
+#include "cli/progress_bar.hpp"
 #include "cli/script.hpp"
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
+#include "panel/handlers.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/text.hpp"
+#include "session/session.hpp"
 #include "sim/sim_instrument.hpp"
 
 namespace synthor::cli {
@@ -204,6 +206,20 @@ class Runner {
             table = traced(std::move(table), streamTraceSink(file));
         }
         session_ = std::make_unique<Session>(std::move(table), prompts_, clock_);
+        panel::EepromData& loading = panel::attachHandlers(*session_);
+        if (&err == &std::cerr && stderrIsTerminal()) {
+            // Drawn while values arrive; hiding the window (the panel's load ending, even
+            // early) clears it.
+            loading.onChange = [&loading, bar = std::make_shared<ProgressBar>(err),
+                                shown = false]() mutable {
+                if (shown && !loading.visible()) {
+                    bar->draw(100);
+                } else {
+                    bar->draw(loading.value());
+                }
+                shown = loading.visible();
+            };
+        }
         object_ = std::make_unique<Synthor_01_vexa>(*session_);
     }
 

@@ -122,7 +122,6 @@ class FreqGen2 {
     // Panel-level run flags (kept with the form, used by its handlers).
     bool ModeActive = false;
     bool ModulationOn = false;
-    bool ModulationOn2 = false;
 
   private:
     Control* lookup(std::string_view name);

@@ -3,13 +3,14 @@
 #include <array>
 #include <cmath>
 
-#include "encoding/band_plan.hpp"
 #include "encoding/freq_level.hpp"
 #include "plans/freq_sweep.hpp"
 #include "plans/hops.hpp"
 #include "plans/level_sweeps.hpp"
+#include "plans/modulation.hpp"
 #include "plans/plan_common.hpp"
 #include "plans/plan_files.hpp"
+#include "plans/plan_messages.hpp"
 #include "plans/plan_text.hpp"
 #include "plans/trigger.hpp"
 #include "runtime/convert.hpp"
@@ -21,15 +22,6 @@ namespace {
 constexpr std::string_view kOK = "OK";
 constexpr std::string_view kOn = "ON";
 constexpr std::string_view kRate400 = "400HZ";
-constexpr double kCwStep = 1000.0;
-
-// FM tone tables: points per period; the tone runs at dwell code 9 whichever the rate.
-constexpr std::int32_t kFm400Points = 72;
-constexpr std::int32_t kFm1kPoints = 36;
-constexpr std::int32_t kFmDwellCode = 9;
-constexpr double kMaxDeviationKHz = 200.0;
-constexpr float kMinDepth = 5.0F;
-constexpr float kMaxDepth = 90.0F;
 
 namespace text {
 constexpr std::string_view NoInstrumentFound = "Error. No instrument found.";
@@ -40,13 +32,9 @@ constexpr std::string_view IncorrectFreq = "Error. Incorrect Freq value.";
 constexpr std::string_view FmFreq = "Error. Freq outside valid range.";
 constexpr std::string_view FmLevel = "Error. Level outside valid range.";
 constexpr std::string_view FmDeviation = "Error. Deviation exceeds 200kHz.";
-constexpr std::string_view ExtFmLow = "Value < 0.3MHz not allowed";
-constexpr std::string_view ExtFmHigh = "Value > 8.192GHz not allowed";
 constexpr std::string_view AmFreq = "Error. Frequency outside allowed range.";
 constexpr std::string_view AmLevel = "Error. Output level outside allowed range.";
 constexpr std::string_view AmDepth = "Error. Modulation depth is 5-90%.";
-constexpr std::string_view AmDepthHigh = "Maximum modulation depth is 90%. Value reset.";
-constexpr std::string_view AmDepthLow = "Minimum modulation depth is 5%. Value reset.";
 constexpr std::string_view ReadFreqPlanFailed = "Error reading frequency plan.";
 constexpr std::string_view ReadPowerPlanFailed = "Error";
 constexpr std::string_view ReadComplexPlanFailed = "Error reading frequency plan.";
@@ -85,12 +73,6 @@ std::string stopModulation(Session& s) {
     return std::string(kOK);
 }
 
-// The carrier as the continuous-wave point, put into effect.
-void setCarrier(Session& s, double f, float level) {
-    s.freqLevel.setFrequencyAndLevel(kCwAddress, 1, f, kCwStep, kCompanionOffset, level, kLevelB);
-    send(s, pointStartFrame(kCwAddress));
-}
-
 std::string cwWorker(Session& s, double freqMHz, float level) {
     if (s.link.InstrumentFound == kFalse) return std::string(text::NoInstrument);
     const double f = freqMHz * 1e6;
@@ -116,49 +98,24 @@ std::string fmWorker(Session& s, double freqMHz, double deviationKHz, float leve
     const double deviation = std::fabs(deviationKHz);
     if (deviation > kMaxDeviationKHz) return std::string(text::FmDeviation);
     const std::int32_t points = ucase(rate) == kRate400 ? kFm400Points : kFm1kPoints;
-    s.freqLevel.writeFmTable(kPlanAddress, points, f, deviation * 1000.0, kCompanionOffset, level,
-                             kLevelB);
-    send(s, modeSelectFrame(mode::Modulation));
-    s.link.SetTrigger();
-    send(s, startFrame(startframe::Level.freeRunning, points, kFmDwellCode));
+    // The tone runs at the 400 Hz rate whichever table is written.
+    startFmTone(s, f, deviation * 1000.0, level, points, kFm400DwellCode);
     // The status names 400 Hz whichever rate runs.
     s.panel.setStatus(panel::statuspanel::Mode, panel::status::Fm400);
     return std::string(kOK);
-}
-
-// The deviation in tuning-word units of synthesizer A's band at the carrier.
-std::int32_t deviationWord(double f, double deviationHz) {
-    const auto band = findBand(kBandsA, f);
-    return clng(deviationHz * (band ? band->multiplier : 0.0));
 }
 
 std::string fmExtWorker(Session& s, double freqMHz, double deviationKHz, float level,
                         const std::string& sw) {
     if (ucase(sw) != kOn) return stopModulation(s);
     const double f = freqMHz * 1e6;
-    if (f < kMinHz) return std::string(text::ExtFmLow);
-    if (f > kMaxHz) return std::string(text::ExtFmHigh);
+    if (f < kMinHz) return std::string(planmsg::FrequencyLow.text);
+    if (f > kMaxHz) return std::string(planmsg::FrequencyHigh.text);
     if (!levelAllowed(level)) return std::string(text::FmLevel);
     const double deviation = std::fabs(deviationKHz);
     if (deviation > kMaxDeviationKHz) return std::string(text::FmDeviation);
-    const std::string setupFrame = fmExternalFrame(deviationWord(f, deviation * 1000.0));
-    // The carrier through the modulation encoder: a one-point table without deviation.
-    s.freqLevel.writeFmTable(kCwAddress, 1, f, 0.0, kCompanionOffset, level, kLevelB);
-    send(s, pointStartFrame(kCwAddress));
-    send(s, modeSelectFrame(mode::Modulation));
-    send(s, setupFrame);
-    s.panel.setStatus(panel::statuspanel::Mode, panel::status::FmExt);
+    startFmExternal(s, f, deviation * 1000.0, level);
     return std::string(kOK);
-}
-
-// AM on the carrier: the carrier point, then the "Z" set-up with depth and carrier level word.
-void startAm(Session& s, double f, float level, float depth, std::uint8_t function,
-             std::string_view status) {
-    const std::int32_t levelWord = s.freqLevel.levelWord(f, level, 1);
-    const std::string setupFrame = amSetupFrame(function, cint(depth), levelWord);
-    setCarrier(s, f, level);
-    send(s, setupFrame);
-    s.panel.setStatus(panel::statuspanel::Mode, status);
 }
 
 std::string amWorker(Session& s, double freqMHz, float depth, float level, const std::string& rate,
@@ -183,10 +140,10 @@ std::string amExtWorker(Session& s, double freqMHz, float depth, float level,
     std::string result(kOK);
     if (depth > kMaxDepth) {
         depth = kMaxDepth;
-        result = text::AmDepthHigh;
+        result = planmsg::DepthHigh.text;
     } else if (depth < kMinDepth) {
         depth = kMinDepth;
-        result = text::AmDepthLow;
+        result = planmsg::DepthLow.text;
     }
     startAm(s, f, level, depth, setup::AmExternal, panel::status::AmExt);
     return result;

@@ -26,6 +26,13 @@ inline constexpr PlanMessage LevelHopFrequency = {"Error. Invalid frequency valu
                                                   kTitle};
 inline constexpr PlanMessage LevelHopDwell = {"Dwell time must be between 26 and 65500 us.", kStyle,
                                               kTitle};
+// Out-of-range entries that are reported, then clamped and used.
+inline constexpr PlanMessage FrequencyLow = {"Value < 0.3MHz not allowed", kStyle, kTitle};
+inline constexpr PlanMessage FrequencyHigh = {"Value > 8.192GHz not allowed", kStyle, kTitle};
+inline constexpr PlanMessage DepthLow = {"Minimum modulation depth is 5%. Value reset.", kStyle,
+                                         kTitle};
+inline constexpr PlanMessage DepthHigh = {"Maximum modulation depth is 90%. Value reset.", kStyle,
+                                          kTitle};
 }  // namespace planmsg
 
 inline void showMessage(Prompts& prompts, const PlanMessage& m) {
