@@ -11,6 +11,7 @@
 #include "automation/synthor_01_vexa.hpp"
 #include "cli/progress_bar.hpp"
 #include "cli/script.hpp"
+#include "cli/session_host.hpp"
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
 #include "panel/handlers.hpp"
@@ -39,21 +40,6 @@ constexpr const char* kUsage =
     "  --dialog PATH           answer of the next file-open dialog (repeatable)\n"
     "  --help                  show this text\n";
 
-struct UsageError {
-    std::string message;
-};
-
-struct Options {
-    bool sim = false;
-    bool simOptionSeen = false;
-    sim::Config simConfig;
-    std::string tracePath;
-    std::deque<std::string> dialogs;
-    std::optional<std::string> scriptPath;
-    std::vector<std::string> call;  // CALL and its ARG words
-    bool help = false;
-};
-
 std::optional<long> parseByte(const std::string& text) {
     try {
         std::size_t used = 0;
@@ -66,7 +52,9 @@ std::optional<long> parseByte(const std::string& text) {
     }
 }
 
-Options parseOptions(const std::vector<std::string>& args) {
+}  // namespace
+
+Options parseOptions(const std::vector<std::string>& args, const ExtraOption& extra) {
     Options o;
     std::size_t i = 0;
     auto value = [&](const std::string& name, std::string& inlineValue) -> std::string {
@@ -127,7 +115,7 @@ Options parseOptions(const std::vector<std::string>& args) {
             o.dialogs.push_back(value(a, inlineValue));
         } else if (a == "--script") {
             o.scriptPath = value(a, inlineValue);
-        } else {
+        } else if (!extra || !extra(a, [&] { return value(a, inlineValue); })) {
             throw UsageError{"unknown option " + a};
         }
     }
@@ -136,9 +124,10 @@ Options parseOptions(const std::vector<std::string>& args) {
     if (o.simOptionSeen && !o.sim) throw UsageError{"the --sim-* options need --sim"};
     if (o.scriptPath && !o.call.empty())
         throw UsageError{"give either --script or a call, not both"};
-    if (!o.scriptPath && o.call.empty()) throw UsageError{"nothing to do: give a call or --script"};
     return o;
 }
+
+namespace {
 
 std::string quoted(std::string_view text) {
     std::string out = "\"";
@@ -149,88 +138,42 @@ std::string quoted(std::string_view text) {
     return out + "\"";
 }
 
-// Message boxes and file dialogs answered without a person: boxes print a line and answer
-// Cancel on retry/cancel, OK otherwise; dialogs take the --dialog answers in order.
-class ScriptPrompts final : public Prompts {
-  public:
-    ScriptPrompts(std::ostream& out, std::deque<std::string> answers)
-        : out_(out), answers_(std::move(answers)) {}
+}  // namespace
 
-    MsgResult msgBox(std::string_view text, int style, std::string_view title) override {
-        out_ << "msgbox " << style << ' ' << quoted(title) << ' ' << quoted(text) << '\n';
-        return defaultAnswer(style);
+ScriptPrompts::ScriptPrompts(std::ostream& out, std::deque<std::string> answers)
+    : out_(out), answers_(std::move(answers)) {}
+
+MsgResult ScriptPrompts::msgBox(std::string_view text, int style, std::string_view title) {
+    out_ << "msgbox " << style << ' ' << quoted(title) << ' ' << quoted(text) << '\n';
+    return defaultAnswer(style);
+}
+
+std::optional<std::string> ScriptPrompts::openFile(const OpenFileRequest&) {
+    if (answers_.empty()) {
+        out_ << "dialog cancel\n";
+        return std::nullopt;
     }
+    std::string path = std::move(answers_.front());
+    answers_.pop_front();
+    out_ << "dialog " << path << '\n';
+    return path;
+}
 
-    std::optional<std::string> openFile(const OpenFileRequest&) override {
-        if (answers_.empty()) {
-            out_ << "dialog cancel\n";
-            return std::nullopt;
-        }
-        std::string path = std::move(answers_.front());
-        answers_.pop_front();
-        out_ << "dialog " << path << '\n';
-        return path;
-    }
-
-  private:
-    std::ostream& out_;
-    std::deque<std::string> answers_;
-};
+namespace {
 
 class Runner {
   public:
-    Runner(const Options& o, std::ostream& out, std::ostream& err)
-        : out_(out), err_(err), prompts_(out, o.dialogs) {
-        d2xx::DriverTable table;
-        if (o.sim) {
-            instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
-            table = instrument_->driverTable();
-        } else {
-            DriverLoad load = loadDriverLibrary();
-            table = std::move(load.table);
-            if (!load.diagnostic.empty()) {
-                // Said once, when an instrument is first looked for.
-                auto open = table.openEx;
-                auto said = std::make_shared<bool>(false);
-                table.openEx = [open, said, &err, text = load.diagnostic](
-                                   const char* arg, std::uint32_t flags, d2xx::Handle* h) {
-                    if (!*said) err << "synthor: " << text << '\n';
-                    *said = true;
-                    return open(arg, flags, h);
-                };
-            }
-        }
-        if (!o.tracePath.empty()) {
-            auto file = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
-            if (!*file) throw UsageError{"cannot write the trace file " + o.tracePath};
-            table = traced(std::move(table), streamTraceSink(file));
-        }
-        session_ = std::make_unique<Session>(std::move(table), prompts_, clock_);
-        panel::EepromData& loading = panel::attachHandlers(*session_);
-        if (&err == &std::cerr && stderrIsTerminal()) {
-            // Drawn while values arrive; hiding the window (the panel's load ending, even
-            // early) clears it.
-            loading.onChange = [&loading, bar = std::make_shared<ProgressBar>(err),
-                                shown = false]() mutable {
-                if (shown && !loading.visible()) {
-                    bar->draw(100);
-                } else {
-                    bar->draw(loading.value());
-                }
-                shown = loading.visible();
-            };
-        }
-        object_ = std::make_unique<Synthor_01_vexa>(*session_);
-    }
+    Runner(SessionHost& host, std::ostream& out, std::ostream& err)
+        : out_(out), err_(err), host_(host) {}
 
     void call(const ScriptCall& c, const std::string& where) {
         const std::string name = lcase(c.name);
         if (name == "sim.output") {
-            if (!instrument_) {
+            if (!host_.instrument()) {
                 err_ << "synthor: " << where << "Sim.Output needs --sim\n";
                 return;
             }
-            out_ << instrument_->describeOutput();
+            out_ << host_.instrument()->describeOutput();
             return;
         }
         if (name.rfind("panel.", 0) == 0) {
@@ -256,7 +199,7 @@ class Runner {
             if (n < m->minArgs || n > m->maxArgs) raise(errnum::WrongArgCount);
             std::vector<Variant> args = c.args;
             args.resize(static_cast<std::size_t>(m->maxArgs), Missing{});
-            out_ << toText(m->invoke(*object_, args)) << '\n';
+            out_ << toText(m->invoke(host_.object(), args)) << '\n';
         } catch (const RuntimeError& e) {
             out_ << "raised " << e.number() << ": " << e.description() << '\n';
         }
@@ -267,7 +210,7 @@ class Runner {
     // The headless panel: Set/Click/Select/Load/Close act and print nothing of their own;
     // Get/Value/Bold/Enabled/Status print the control's state.
     void panelCall(const std::string& action, const ScriptCall& c, const std::string& where) {
-        panel::FreqGen2& form = session_->panel;
+        panel::FreqGen2& form = host_.session().panel;
         const auto arg = [&](std::size_t i) { return i < c.args.size() ? toText(c.args[i]) : ""; };
         const auto complain = [&](const std::string& what) {
             err_ << "synthor: " << where << c.name << ": " << what << '\n';
@@ -305,14 +248,46 @@ class Runner {
 
     std::ostream& out_;
     std::ostream& err_;
-    ScriptPrompts prompts_;
-    SystemClock clock_;
-    std::unique_ptr<sim::Instrument> instrument_;
-    std::unique_ptr<Session> session_;
-    std::unique_ptr<Synthor_01_vexa> object_;
+    SessionHost& host_;
 };
 
-int runScript(Runner& runner, std::istream& script, std::ostream& err) {
+}  // namespace
+
+SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::ostream& err) {
+    d2xx::DriverTable table;
+    if (o.sim) {
+        instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
+        table = instrument_->driverTable();
+    } else {
+        DriverLoad load = loadDriverLibrary();
+        table = std::move(load.table);
+        if (!load.diagnostic.empty()) {
+            // Said once, when an instrument is first looked for.
+            auto open = table.openEx;
+            auto said = std::make_shared<bool>(false);
+            table.openEx = [open, said, &err, text = load.diagnostic](
+                               const char* arg, std::uint32_t flags, d2xx::Handle* h) {
+                if (!*said) err << "synthor: " << text << '\n';
+                *said = true;
+                return open(arg, flags, h);
+            };
+        }
+    }
+    if (!o.tracePath.empty()) {
+        auto file = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
+        if (!*file) throw UsageError{"cannot write the trace file " + o.tracePath};
+        table = traced(std::move(table), streamTraceSink(file));
+    }
+    session_ = std::make_unique<Session>(std::move(table), prompts, clock);
+    eepromData_ = &panel::attachHandlers(*session_);
+    object_ = std::make_unique<Synthor_01_vexa>(*session_);
+}
+
+SessionHost::~SessionHost() = default;
+
+void runScript(SessionHost& host, std::istream& script, std::ostream& out, std::ostream& err,
+               const std::function<void()>& afterLine) {
+    Runner runner(host, out, err);
     std::string line;
     int number = 0;
     while (std::getline(script, line)) {
@@ -320,12 +295,11 @@ int runScript(Runner& runner, std::istream& script, std::ostream& err) {
         const ParsedLine parsed = parseScriptLine(line);
         const std::string where = "line " + std::to_string(number) + ": ";
         if (!parsed.warning.empty()) err << "synthor: " << where << parsed.warning << '\n';
-        if (parsed.call) runner.call(*parsed.call, where);
+        if (!parsed.call) continue;
+        runner.call(*parsed.call, where);
+        if (afterLine) afterLine();
     }
-    return 0;
 }
-
-}  // namespace
 
 int run(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
         std::ostream& err) {
@@ -335,6 +309,8 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
             out << kUsage;
             return 0;
         }
+        if (!o.scriptPath && o.call.empty())
+            throw UsageError{"nothing to do: give a call or --script"};
         std::ifstream file;
         std::istream* script = nullptr;
         if (o.scriptPath) {
@@ -349,8 +325,28 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
                 script = &file;
             }
         }
-        Runner runner(o, out, err);
-        if (script) return runScript(runner, *script, err);
+        ScriptPrompts prompts(out, o.dialogs);
+        SystemClock clock;
+        SessionHost host(o, prompts, clock, err);
+        if (&err == &std::cerr && stderrIsTerminal()) {
+            // Drawn while values arrive; hiding the window (the panel's load ending, even
+            // early) clears it.
+            panel::EepromData& loading = host.eepromData();
+            loading.onChange = [&loading, bar = std::make_shared<ProgressBar>(err),
+                                shown = false]() mutable {
+                if (shown && !loading.visible()) {
+                    bar->draw(100);
+                } else {
+                    bar->draw(loading.value());
+                }
+                shown = loading.visible();
+            };
+        }
+        if (script) {
+            runScript(host, *script, out, err);
+            return 0;
+        }
+        Runner runner(host, out, err);
 
         ScriptCall c;
         c.name = o.call.front();
