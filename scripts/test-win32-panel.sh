@@ -50,19 +50,64 @@ done
 check "JPEG at quality 10 and 95 both decode" decodes q10.jpg JPEG
 check "" decodes q95.jpg JPEG
 
-# --- The panel: ShowUI shows it, its picture, a click, Exit --------------------------------
-trace="$out/panel-trace.txt"
-"$wine" "$build/win32_panel_check.exe" panel "$(winepath -w "$trace")" 2>"$out/panel-err.txt" \
-    | tr -d '\r' > "$out/panel-out.txt" &
+# --- The panel: ShowUI shows it, its picture, clicks, Exit and the title-bar close --------
+# Where a control's centre is in the window: wine draws the frame with equal side and bottom
+# borders around the form's client area.
+click() { # click CONTROL
+    local cw ch x y w h WIDTH HEIGHT
+    read -r cw ch x y w h < <("$wine" "$build/win32_panel_check.exe" where "$1" | tr -d '\r')
+    eval "$(xdotool getwindowgeometry --shell "$window" | grep -E '^(WIDTH|HEIGHT)=')"
+    local side=$(((WIDTH - cw) / 2))
+    xdotool mousemove --window "$window" $((side + x + w / 2)) \
+        $((HEIGHT - side - ch + y + h / 2)) click 1
+    sleep 1
+}
+returned() { # returned N: waits up to 10 s for the Nth "ShowUI: OK"
+    for _ in $(seq 20); do
+        [ "$(tr -d '\r' < "$out/panel-out.txt" | grep -c '^ShowUI: OK$')" -ge "$1" ] && return 0
+        sleep 0.5
+    done
+    return 1
+}
+
+trace="$out/panel-trace.txt" snapshot="$out/panel-f12.png"
+rm -f "$trace" "$snapshot"
+SYNTHOR_SNAPSHOT=$(winepath -w "$snapshot") \
+    "$wine" "$build/win32_panel_check.exe" panel "$(winepath -w "$trace")" \
+    >"$out/panel-out.txt" 2>"$out/panel-err.txt" &
 panel=$!
 window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$caption\$" | head -n 1)
-check "the panel appears, found by its caption" test -n "$window"
+check "ShowUI shows the panel, found by its caption" test -n "$window"
 if [ -n "$window" ]; then
     sleep 1
     import -window "$window" "$out/panel.png"
     cp "$out/panel.png" docs/win32-panel.png
-    check "the panel's picture decodes" identify "$out/panel.png" >/dev/null
+    eval "$(xdotool getwindowgeometry --shell "$window" | grep -E '^(WIDTH|HEIGHT)=')"
+    check "the screen picture is the window's size" \
+        test "$(identify -format '%wx%h' "$out/panel.png")" = "${WIDTH}x$HEIGHT"
+    click Command1  # Set frequency
+    xdotool key F12
+    sleep 2
+    check "F12 saves the window's picture through cGdiPlus" \
+        test "$(identify -format '%m %wx%h' "$snapshot" 2>/dev/null)" = "PNG ${WIDTH}x$HEIGHT"
+    click Command10  # Exit
+    check "Exit makes ShowUI return OK" returned 1
+    # The program's second ShowUI shows the panel again; the title-bar close (Alt+F4) hides it.
+    window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$caption\$" | head -n 1)
+    check "a second ShowUI shows the panel again" test -n "$window"
+    xdotool key alt+F4
+    check "the title-bar close makes ShowUI return OK" returned 2
 fi
-wait "$panel" 2>/dev/null
+timeout 20 tail --pid="$panel" -f /dev/null
+
+# The window's session must put the same frames on the wire as the same session of Panel.* calls
+# through the command-line tool.
+printf 'FND\nPanel.Load\nPanel.Click Command1\nPanel.Click Command10\nPanel.Close\n' |
+    "$wine" "$build/synthor.exe" --sim --trace "$(winepath -w "$out/tool-trace.txt")" \
+    --script - >/dev/null 2>&1
+check "Set frequency sent its frames" grep -q '^FT_Write 57 ' "$out/panel-trace.txt"
+check "the window's frames equal the tool's" diff -u <(tr -d '\r' < "$out/tool-trace.txt") \
+    <(tr -d '\r' < "$trace")
+
 echo "$passed passed, $failed failed"
 exit "$failed"

@@ -3,9 +3,6 @@
 
 #include <gdiplus.h>
 
-#include <array>
-#include <cctype>
-
 namespace synthor::imaging {
 
 namespace gp = Gdiplus;
@@ -33,30 +30,9 @@ std::wstring widen(std::string_view text) {
     return out;
 }
 
-std::string trim(std::string_view text) {
-    while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front())))
-        text.remove_prefix(1);
-    while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
-        text.remove_suffix(1);
-    return std::string(text);
-}
-
-// The text after the last "." unless a "\" follows it.
-std::string extensionOf(std::string_view name) {
-    auto dot = name.rfind('.');
-    if (dot == std::string_view::npos || name.find('\\', dot) != std::string_view::npos) return {};
-    return std::string(name.substr(dot + 1));
-}
-
-std::string upper(std::string text) {
-    for (auto& c : text)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return text;
-}
-
 }  // namespace
 
-cGdiPlus::cGdiPlus(ErrorEvent onError) : onError_(std::move(onError)) {
+cGdiPlus::cGdiPlus(ErrorHandler onError) : onError_(std::move(onError)) {
     gp::GdiplusStartupInput input;  // version 1
     auto status = gp::GdiplusStartup(&token_, &input, nullptr);
     if (status != gp::Ok) {
@@ -69,19 +45,10 @@ cGdiPlus::cGdiPlus(ErrorEvent onError) : onError_(std::move(onError)) {
     encoders_.resize(size);
     auto* codecs = reinterpret_cast<gp::ImageCodecInfo*>(encoders_.data());
     if (flat::GdipGetImageEncoders(count, size, codecs) != gp::Ok) return;
-    encoderCount_ = static_cast<int>(count);
-    for (int i = 0; i < encoderCount_; ++i) {
-        std::string list = narrow(codecs[i].FilenameExtension);
-        std::size_t start = 0;
-        while (start <= list.size()) {
-            auto end = list.find(';', start);
-            if (end == std::string::npos) end = list.size();
-            auto piece = trim(std::string_view(list).substr(start, end - start));
-            // Keys compare case-insensitively, as a keyed collection's do.
-            if (!piece.empty()) index_.emplace(upper(piece), i);
-            start = end + 1;
-        }
-    }
+    std::vector<EncoderInfo> table;
+    for (UINT i = 0; i < count; ++i)
+        table.push_back({narrow(codecs[i].CodecName), narrow(codecs[i].FilenameExtension)});
+    index_ = ExtensionIndex(table);
 }
 
 cGdiPlus::~cGdiPlus() {
@@ -90,18 +57,17 @@ cGdiPlus::~cGdiPlus() {
 
 void cGdiPlus::PictureBoxToFile(const Picture& pic, std::string_view sFilename,
                                 std::int32_t lQuality) {
-    auto extension = extensionOf(sFilename);
-    auto found = index_.find(upper("*." + extension));
-    int encoder = found == index_.end() ? -1 : found->second;
-    if (encoder == -1) return;
-    const auto& codec = reinterpret_cast<const gp::ImageCodecInfo*>(encoders_.data())[encoder];
+    auto plan = planSave(index_, sFilename, lQuality);
+    if (!plan) return;
+    const auto& codec =
+        reinterpret_cast<const gp::ImageCodecInfo*>(encoders_.data())[plan->encoder];
 
     // The bitmap stays alive after the save: the exporter never releases it.
     gp::GpBitmap* bitmap = nullptr;
     auto status = flat::GdipCreateBitmapFromHBITMAP(pic.bitmap, pic.palette, &bitmap);
     if (status == gp::Ok) {
         auto path = widen(sFilename);
-        if (std::toupper(static_cast<unsigned char>(extension.front())) != 'J') {
+        if (!plan->quality) {
             status = flat::GdipSaveImageToFile(bitmap, path.c_str(), &codec.Clsid, nullptr);
         } else {
             gp::EncoderParameters params{};
@@ -117,33 +83,11 @@ void cGdiPlus::PictureBoxToFile(const Picture& pic, std::string_view sFilename,
 }
 
 std::string cGdiPlus::GdiErrorString(long lGdiError) {
-    static constexpr std::array<const char*, 20> kTexts = {"Generic Error",
-                                                           "Invalid Parameter",
-                                                           "Out Of Memory",
-                                                           "Object Busy",
-                                                           "Insufficient Buffer",
-                                                           "Not Implemented",
-                                                           "Win32 Error",
-                                                           "Wrong State",
-                                                           "Aborted",
-                                                           "File Not Found",
-                                                           "Value Overflow",
-                                                           "Access Denied",
-                                                           "Unknown Image Format",
-                                                           "FontFamily Not Found",
-                                                           "FontStyle Not Found",
-                                                           "Not TrueType Font",
-                                                           "Unsupported Gdiplus Version",
-                                                           "Gdiplus Not Initialized",
-                                                           "Property Not Found",
-                                                           "Property Not Supported"};
-    if (lGdiError < 1 || lGdiError > static_cast<long>(kTexts.size())) return "Unknown GDI+ Error";
-    return kTexts[static_cast<std::size_t>(lGdiError - 1)];
+    return std::string(imaging::GdiErrorString(lGdiError));
 }
 
 void cGdiPlus::raise(long status) {
-    long win32 = static_cast<long>(GetLastError());
-    if (onError_) onError_(win32, status, GdiErrorString(status));
+    if (onError_) onError_(status, status, GdiErrorString(status));
 }
 
 HBITMAP captureWindow(HWND window) {

@@ -5,11 +5,11 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <functional>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "imaging/image_export.hpp"
 
 namespace synthor::imaging {
 
@@ -21,13 +21,9 @@ struct Picture {
 
 class cGdiPlus {
   public:
-    // The `Error` event: lError is the thread's last Win32 error at the failure (it says more
-    // when the status is 7, "Win32 Error"), lGdiError the GDI+ status, sErrorDesc its text.
-    using ErrorEvent =
-        std::function<void(long lError, long lGdiError, const std::string& sErrorDesc)>;
-
-    // Starts GDI+ and reads its encoders; a failing start raises Error and leaves the index empty.
-    explicit cGdiPlus(ErrorEvent onError = {});
+    // Starts GDI+ and reads its encoders; a failing start raises `onError` (the `Error` event)
+    // and leaves the index empty.
+    explicit cGdiPlus(ErrorHandler onError = {});
     ~cGdiPlus();
     cGdiPlus(const cGdiPlus&) = delete;
     cGdiPlus& operator=(const cGdiPlus&) = delete;
@@ -39,17 +35,16 @@ class cGdiPlus {
     // The text for a GDI+ status.
     static std::string GdiErrorString(long lGdiError);
 
-    // The extension index: each pattern ("*.BMP") and its encoder's number in the table.
-    const std::map<std::string, int>& extensionIndex() const { return index_; }
+    // Each extension pattern GDI+ lists ("*.BMP") and its encoder's number in the table.
+    const ExtensionIndex& extensionIndex() const { return index_; }
 
   private:
     void raise(long status);
 
-    ErrorEvent onError_;
+    ErrorHandler onError_;
     ULONG_PTR token_ = 0;
     std::vector<unsigned char> encoders_;  // the ImageCodecInfo array GDI+ fills
-    int encoderCount_ = 0;
-    std::map<std::string, int> index_;
+    ExtensionIndex index_;
 };
 
 // A picture of a window as it is on screen, frame and title bar included; the caller deletes it.

@@ -4,6 +4,8 @@
 
 #include <commctrl.h>
 
+#include <string>
+
 namespace synthor::win32 {
 namespace {
 
@@ -64,7 +66,12 @@ void pump() {
 
 }  // namespace
 
+EepromWindow::EepromWindow(panel::EepromData& model) : model_(model) {
+    model_.onChange = [this] { redraw(); };
+}
+
 EepromWindow::~EepromWindow() {
+    model_.onChange = nullptr;
     if (window_) DestroyWindow(window_);
     if (font_) DeleteObject(font_);
 }
@@ -82,36 +89,34 @@ void EepromWindow::create() {
     RECT frame{0, 0, px(5850), px(2595)};
     AdjustWindowRect(&frame, style, FALSE);
     int width = frame.right - frame.left, height = frame.bottom - frame.top;
-    window_ = CreateWindowExA(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, kClassName, "Initialising", style,
+    window_ = CreateWindowExA(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, kClassName,
+                              std::string(panel::EepromData::kCaption).c_str(), style,
                               (GetSystemMetrics(SM_CXSCREEN) - width) / 2,
                               (GetSystemMetrics(SM_CYSCREEN) - height) / 2, width, height, nullptr,
                               nullptr, instance, nullptr);
     font_ = CreateFontA(-13, 0, 0, 0, FW_BOLD, 0, 0, 0, DEFAULT_CHARSET, 0, 0, DEFAULT_QUALITY, 0,
                         "Arial");
-    HWND label =
-        CreateWindowExA(0, "STATIC", "Loading Data from ROM", WS_CHILD | WS_VISIBLE, px(120),
-                        px(1920), px(2655), px(375), window_, nullptr, instance, nullptr);
+    HWND label = CreateWindowExA(0, "STATIC", std::string(panel::EepromData::kLabel).c_str(),
+                                 WS_CHILD | WS_VISIBLE, px(120), px(1920), px(2655), px(375),
+                                 window_, nullptr, instance, nullptr);
     SendMessageA(label, WM_SETFONT, reinterpret_cast<WPARAM>(font_), FALSE);
     bar_ = CreateWindowExA(0, PROGRESS_CLASSA, "", WS_CHILD | WS_VISIBLE, px(2760), px(1920),
                            px(3015), px(375), window_, nullptr, instance, nullptr);
     SendMessageA(bar_, PBM_SETRANGE32, 0, 100);
 }
 
-void EepromWindow::setValue(float value) {
+void EepromWindow::redraw() {
+    if (!model_.visible()) {
+        if (window_) ShowWindow(window_, SW_HIDE);
+        return;
+    }
     if (!window_) create();
-    SendMessageA(bar_, PBM_SETPOS, static_cast<WPARAM>(value), 0);
+    SendMessageA(bar_, PBM_SETPOS, static_cast<WPARAM>(model_.value()), 0);
+    if (!IsWindowVisible(window_)) {
+        ShowWindow(window_, SW_SHOWNOACTIVATE);
+        UpdateWindow(window_);
+    }
     pump();
-}
-
-void EepromWindow::show() {
-    if (!window_) create();
-    ShowWindow(window_, SW_SHOWNOACTIVATE);
-    UpdateWindow(window_);
-    pump();
-}
-
-void EepromWindow::hide() {
-    if (window_) ShowWindow(window_, SW_HIDE);
 }
 
 }  // namespace synthor::win32

@@ -1,29 +1,25 @@
-// `EEPROMdata`: the small window that shows the calibration load's progress while the panel
-// starts up, captioned "Initialising", with its label and a 0..100 progress bar.
+// `EEPROMdata` as a Win32 window: draws the progress window's model (caption, label, the 0..100
+// bar, shown or hidden) each time the model changes, and lets it repaint while the load runs.
 #pragma once
 
 #include <windows.h>
 
-#include "calibration/sig_gen_routines.hpp"
+#include "panel/eeprom_data.hpp"
 
 namespace synthor::win32 {
 
-class EepromWindow final : public CalibrationProgress {
+class EepromWindow {
   public:
-    EepromWindow() = default;
-    ~EepromWindow() override;
+    explicit EepromWindow(panel::EepromData& model);
+    ~EepromWindow();
     EepromWindow(const EepromWindow&) = delete;
     EepromWindow& operator=(const EepromWindow&) = delete;
 
-    // Moves the bar (creating the window, hidden, on first use) and lets the window repaint.
-    void setValue(float value) override;
-    void show();
-    void hide();
-    HWND window() const { return window_; }
-
   private:
     void create();
+    void redraw();
 
+    panel::EepromData& model_;
     HWND window_ = nullptr;
     HWND bar_ = nullptr;
     HFONT font_ = nullptr;

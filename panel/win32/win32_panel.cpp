@@ -24,22 +24,10 @@ constexpr char kClassName[] = "SynthorFreqGen2";
 constexpr int kFirstId = 1000;  // control i of the layout has id kFirstId + i
 constexpr DWORD kFormStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
 
-// Shows `EEPROMdata` as soon as the start-up's calibration load reports progress.
-class StartupProgress final : public CalibrationProgress {
-  public:
-    explicit StartupProgress(EepromWindow& window) : window_(window) {}
-    void setValue(float value) override {
-        window_.show();
-        window_.setValue(value);
-    }
-
-  private:
-    EepromWindow& window_;
-};
-
 class PanelWindow {
   public:
-    explicit PanelWindow(Session& session) : session_(session) {}
+    PanelWindow(Session& session, panel::EepromData& progress)
+        : session_(session), eeprom_(progress) {}
     ~PanelWindow();
 
     void showModal();
@@ -267,16 +255,11 @@ void PanelWindow::showModal() {
     if (!window_) create();
 
     // The start-up runs before the window appears; its calibration load shows EEPROMdata.
-    StartupProgress progress(eeprom_);
-    CalibrationProgress* previous = session_.calibrationProgress;
-    session_.calibrationProgress = &progress;
     try {
         form.load();
     } catch (const std::exception& e) {
         session_.prompts.msgBox(e.what(), msgstyle::Critical, panel::kFormName);
     }
-    session_.calibrationProgress = previous;
-    eeprom_.hide();
 
     form.show();
     refresh();
@@ -318,8 +301,8 @@ long PanelWindow::savePicture(const std::string& file, std::int32_t quality) {
 
 }  // namespace
 
-void attachWin32Panel(Session& session) {
-    thePanel = std::make_unique<PanelWindow>(session);
+void attachWin32Panel(Session& session, panel::EepromData& progress) {
+    thePanel = std::make_unique<PanelWindow>(session, progress);
     session.showModal = [] { thePanel->showModal(); };
 }
 

@@ -8,15 +8,17 @@
 #include <cstdint>
 #include <string>
 
+#include "panel/eeprom_data.hpp"
 #include "session/session.hpp"
 
 namespace synthor::win32 {
 
-// Makes ShowUI show the panel as a modal window of this process: the panel's start-up runs (with
-// the `EEPROMdata` window showing the calibration load), and the call returns once the model's
-// form is hidden again ("Exit" or the title-bar close). F12 in the window saves its picture to
-// the file named by the environment variable SYNTHOR_SNAPSHOT (default FreqGen2.png).
-void attachWin32Panel(Session& session);
+// Makes ShowUI show the panel as a modal window of this process: the panel's start-up runs
+// (drawing `progress`, the model panel::attachHandlers returned, as the `EEPROMdata` window),
+// and the call returns once the model's form is hidden again ("Exit" or the title-bar close).
+// F12 in the window saves its picture to the file named by the environment variable
+// SYNTHOR_SNAPSHOT (default FreqGen2.png). Call once, after panel::attachHandlers.
+void attachWin32Panel(Session& session, panel::EepromData& progress);
 
 // The panel's window once it has been created, else nullptr.
 HWND win32PanelWindow();
