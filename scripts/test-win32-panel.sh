@@ -109,5 +109,17 @@ check "Set frequency sent its frames" grep -q '^FT_Write 57 ' "$out/panel-trace.
 check "the window's frames equal the tool's" diff -u <(tr -d '\r' < "$out/tool-trace.txt") \
     <(tr -d '\r' < "$trace")
 
+# --- EEPROMdata, held at 40 % ---------------------------------------------------------------
+"$wine" "$build/win32_panel_check.exe" eeprom >/dev/null 2>&1 &
+eeprom=$!
+progress=$(timeout 20 xdotool search --sync --onlyvisible --name '^Initialising$' | head -n 1)
+check "EEPROMdata shows, found by its caption" test -n "$progress"
+if [ -n "$progress" ]; then
+    sleep 1
+    import -window "$progress" "$out/eeprom.png"
+    cp "$out/eeprom.png" docs/win32-eeprom.png
+fi
+wait "$eeprom"
+
 echo "$passed passed, $failed failed"
 exit "$failed"

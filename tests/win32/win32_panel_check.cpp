@@ -1,6 +1,7 @@
 // Runs under wine:
 //   win32_panel_check panel TRACE   shows the panel over the simulated instrument (ShowUI)
 //                                   twice and prints what each ShowUI returned
+//   win32_panel_check eeprom        shows EEPROMdata at 40% for 8 s
 //   win32_panel_check where NAME    prints the form's client size and the control's rectangle
 //   win32_panel_check gdiplus DIR   saves pictures through cGdiPlus into DIR and checks the
 //                                   exporter's decisions; ends with "N passed, M failed"
@@ -18,6 +19,7 @@
 #include "imaging/gdiplus/gdi_plus.hpp"
 #include "link/trace.hpp"
 #include "panel/handlers.hpp"
+#include "panel/win32/eeprom_window.hpp"
 #include "panel/win32/win32_panel.hpp"
 #include "sim/sim_instrument.hpp"
 
@@ -45,6 +47,20 @@ int runPanel(const std::string& tracePath) {
     object.FND();
     std::cout << "ShowUI: " << object.ShowUI() << std::endl;
     std::cout << "ShowUI: " << object.ShowUI() << std::endl;
+    return 0;
+}
+
+int showEeprom() {
+    panel::EepromData model;
+    win32::EepromWindow window(model);
+    model.show();
+    model.setValue(40);
+    for (int i = 0; i < 80; ++i) {
+        MSG msg;
+        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageA(&msg);
+        Sleep(100);
+    }
     return 0;
 }
 
@@ -136,7 +152,9 @@ int runGdiPlus(const std::filesystem::path& dir) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string mode = argc > 2 ? argv[1] : "";
+    std::string mode = argc > 1 ? argv[1] : "";
+    if (mode == "eeprom") return showEeprom();
+    if (argc < 3) mode.clear();
     if (mode == "panel") return runPanel(argv[2]);
     if (mode == "gdiplus") return runGdiPlus(argv[2]);
     if (mode == "where") return where(argv[2]);
