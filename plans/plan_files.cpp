@@ -224,7 +224,7 @@ std::optional<std::string> readWholeFile(const std::string& path) {
     in.seekg(0, std::ios::beg);
     if (size < 0 || !in) return std::nullopt;
     std::string content(static_cast<std::size_t>(size), '\0');
-    in.read(content.data(), size);
+    in.read(content.data(), static_cast<std::streamsize>(size));
     if (in.gcount() != size) return std::nullopt;
     return content;
 }

@@ -2,6 +2,8 @@
 // the command-line tool and tests each answer them their own way.
 #pragma once
 
+#include <deque>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,5 +43,21 @@ class Prompts {
 
 // The answer a non-interactive front end gives: Cancel on a retry/cancel box, OK otherwise.
 MsgResult defaultAnswer(int style);
+
+// Prompts answered without a person: each box is written as `msgbox STYLE "TITLE" "TEXT"` and
+// answered with defaultAnswer; each dialog takes the next of `answers` (`dialog PATH`), or is
+// cancelled when none is left (`dialog cancel`). The command-line tool and unattended hosts use it.
+class LoggedPrompts final : public Prompts {
+  public:
+    LoggedPrompts(std::ostream& out, std::deque<std::string> answers = {})
+        : out_(out), answers_(std::move(answers)) {}
+
+    MsgResult msgBox(std::string_view text, int style, std::string_view title) override;
+    std::optional<std::string> openFile(const OpenFileRequest& request) override;
+
+  private:
+    std::ostream& out_;
+    std::deque<std::string> answers_;
+};
 
 }  // namespace synthor

@@ -8,6 +8,8 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev  # tests and benchmarks
     clang clang-format libclang-rt-14-dev       # fuzzing (libFuzzer) and format checks
     g++-mingw-w64-x86-64-posix wine64           # Windows cross-build, run under wine
+    g++-mingw-w64-i686-posix                    # the 32-bit automation server
+    mingw-w64-tools libwine-dev                 # widl and the system IDL files for the type library
     locales                                     # a decimal-comma locale for the parsing tests
 )
 

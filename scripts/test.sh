@@ -37,6 +37,9 @@ diff -u build-win/demo-linux.txt build-win/demo-windows.txt
 # Without --sim the tool loads ftd2xx.dll from its own folder: the drop-in simulated driver.
 printf 'FND\n' | "$wine" build-win/synthor.exe --script - 2>/dev/null | tr -d '\r' | grep -qx 1234
 echo "wine: same output, and the drop-in driver library answers"
+cmake -S . -B build-win32 -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-i686.cmake >/dev/null
+cmake --build build-win32 -j2 --target Synthor01 ftd2xx
+scripts/test-com.sh build-win build-win32
 
 step "fuzz targets (${fuzz_seconds} s each)"
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DSYNTHOR_FUZZ=ON -DSYNTHOR_TESTS=OFF \
