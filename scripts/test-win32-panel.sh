@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# The Win32 panel and the GDI+ exporter under wine and Xvfb: shows the panel over the simulated
-# instrument, finds it by its caption, takes its picture, clicks it and closes it; saves pictures
-# through cGdiPlus and decodes them with ImageMagick. Needs the Windows build (build-win).
+# The Win32 panel and the GDI+ exporter under wine and Xvfb: a VBScript's ShowUI shows the panel
+# of the automation server over the drop-in simulated driver; the window is found by its
+# caption, pictured, clicked and closed; pictures saved through cGdiPlus are decoded with
+# ImageMagick. Needs the Windows build (build-win).
 # Ends with "N passed, M failed"; the exit status is the number of failures.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -72,9 +73,10 @@ returned() { # returned N: waits up to 10 s for the Nth "ShowUI: OK"
 
 trace="$out/panel-trace.txt" snapshot="$out/panel-f12.png"
 rm -f "$trace" "$snapshot"
-SYNTHOR_SNAPSHOT=$(winepath -w "$snapshot") \
-    "$wine" "$build/win32_panel_check.exe" panel "$(winepath -w "$trace")" \
-    >"$out/panel-out.txt" 2>"$out/panel-err.txt" &
+"$wine" regsvr32 /s "$(winepath -w "$build/Synthor01.dll")" 2>/dev/null
+SYNTHOR_SNAPSHOT=$(winepath -w "$snapshot") SYNTHOR_TRACE=$(winepath -w "$trace") \
+    SYNTHOR_UNATTENDED_LOG=$(winepath -w "$out/panel-prompts.txt") \
+    "$wine" cscript //nologo tests/win32/show_panel.vbs >"$out/panel-out.txt" 2>/dev/null &
 panel=$!
 window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$caption\$" | head -n 1)
 check "ShowUI shows the panel, found by its caption" test -n "$window"
@@ -99,6 +101,7 @@ if [ -n "$window" ]; then
     check "the title-bar close makes ShowUI return OK" returned 2
 fi
 timeout 20 tail --pid="$panel" -f /dev/null
+"$wine" regsvr32 /s /u "$(winepath -w "$build/Synthor01.dll")" 2>/dev/null
 
 # The window's session must put the same frames on the wire as the same session of Panel.* calls
 # through the command-line tool.

@@ -1,6 +1,4 @@
 // Runs under wine:
-//   win32_panel_check panel TRACE   shows the panel over the simulated instrument (ShowUI)
-//                                   twice and prints what each ShowUI returned
 //   win32_panel_check eeprom        shows EEPROMdata at 40% for 8 s
 //   win32_panel_check where NAME    prints the form's client size and the control's rectangle
 //   win32_panel_check gdiplus DIR   saves pictures through cGdiPlus into DIR and checks the
@@ -9,68 +7,16 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <memory>
 #include <string>
 
-#include "automation/synthor_01_vexa.hpp"
 #include "form/form_geometry.hpp"
 #include "imaging/gdiplus/gdi_plus.hpp"
-#include "link/trace.hpp"
-#include "panel/handlers.hpp"
 #include "panel/win32/eeprom_window.hpp"
-#include "panel/win32/win32_panel.hpp"
-#include "sim/sim_instrument.hpp"
 
 namespace {
 
 using namespace synthor;
-
-class QuietPrompts final : public Prompts {
-  public:
-    MsgResult msgBox(std::string_view text, int style, std::string_view title) override {
-        std::cerr << "msgbox: " << title << ": " << text << '\n';
-        return defaultAnswer(style);
-    }
-    std::optional<std::string> openFile(const OpenFileRequest&) override { return {}; }
-};
-
-int runPanel(const std::string& tracePath) {
-    sim::Instrument instrument;
-    auto file = std::make_shared<std::ofstream>(tracePath, std::ios::binary);
-    QuietPrompts prompts;
-    SystemClock clock;
-    Session session(traced(instrument.driverTable(), streamTraceSink(file)), prompts, clock);
-    Synthor_01_vexa object(session);
-    win32::attachWin32Panel(session, panel::attachHandlers(session));
-    object.FND();
-    std::cout << "ShowUI: " << object.ShowUI() << std::endl;
-    std::cout << "ShowUI: " << object.ShowUI() << std::endl;
-    return 0;
-}
-
-int showEeprom() {
-    panel::EepromData model;
-    win32::EepromWindow window(model);
-    model.show();
-    model.setValue(40);
-    for (int i = 0; i < 80; ++i) {
-        MSG msg;
-        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE))
-            DispatchMessageA(&msg);
-        Sleep(100);
-    }
-    return 0;
-}
-
-int where(const std::string& name) {
-    const auto& g = panel::formGeometry();
-    auto r = g.rect(name);
-    std::cout << g.clientWidth << ' ' << g.clientHeight << ' ' << r.x << ' ' << r.y << ' '
-              << r.width << ' ' << r.height << std::endl;
-    return r.width > 0 ? 0 : 1;
-}
 
 int passed = 0, failed = 0;
 
@@ -149,15 +95,36 @@ int runGdiPlus(const std::filesystem::path& dir) {
     return failed == 0 ? 0 : 1;
 }
 
+int showEeprom() {
+    panel::EepromData model;
+    win32::EepromWindow window(model);
+    model.show();
+    model.setValue(40);
+    for (int i = 0; i < 80; ++i) {
+        MSG msg;
+        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageA(&msg);
+        Sleep(100);
+    }
+    return 0;
+}
+
+int where(const std::string& name) {
+    const auto& g = panel::formGeometry();
+    auto r = g.rect(name);
+    std::cout << g.clientWidth << ' ' << g.clientHeight << ' ' << r.x << ' ' << r.y << ' '
+              << r.width << ' ' << r.height << std::endl;
+    return r.width > 0 ? 0 : 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     std::string mode = argc > 1 ? argv[1] : "";
     if (mode == "eeprom") return showEeprom();
     if (argc < 3) mode.clear();
-    if (mode == "panel") return runPanel(argv[2]);
     if (mode == "gdiplus") return runGdiPlus(argv[2]);
     if (mode == "where") return where(argv[2]);
-    std::cerr << "usage: win32_panel_check panel TRACE | gdiplus DIR | where NAME\n";
+    std::cerr << "usage: win32_panel_check gdiplus DIR | eeprom | where NAME\n";
     return 2;
 }
