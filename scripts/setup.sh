@@ -10,6 +10,7 @@ packages=(
     g++-mingw-w64-x86-64-posix wine64           # Windows cross-build, run under wine
     g++-mingw-w64-i686-posix                    # the 32-bit automation server
     mingw-w64-tools libwine-dev                 # widl and the system IDL files for the type library
+    xvfb xauth xdotool imagemagick fonts-wine   # the Win32 panel on screen, its pictures decoded
     locales                                     # a decimal-comma locale for the parsing tests
 )
 

@@ -87,11 +87,13 @@ if [ -n "$window" ]; then
     eval "$(xdotool getwindowgeometry --shell "$window" | grep -E '^(WIDTH|HEIGHT)=')"
     check "the screen picture is the window's size" \
         test "$(identify -format '%wx%h' "$out/panel.png")" = "${WIDTH}x$HEIGHT"
-    click Command1  # Set frequency
+    click Command1   # Set frequency
+    click Command11  # start the frequency sweep: its Stop turns bold
     xdotool key F12
     sleep 2
     check "F12 saves the window's picture through cGdiPlus" \
         test "$(identify -format '%m %wx%h' "$snapshot" 2>/dev/null)" = "PNG ${WIDTH}x$HEIGHT"
+    cp "$snapshot" docs/win32-panel-sweep.png
     click Command10  # Exit
     check "Exit makes ShowUI return OK" returned 1
     # The program's second ShowUI shows the panel again; the title-bar close (Alt+F4) hides it.
@@ -105,7 +107,8 @@ timeout 20 tail --pid="$panel" -f /dev/null
 
 # The window's session must put the same frames on the wire as the same session of Panel.* calls
 # through the command-line tool.
-printf 'FND\nPanel.Load\nPanel.Click Command1\nPanel.Click Command10\nPanel.Close\n' |
+printf '%s\n' FND Panel.Load 'Panel.Click Command1' 'Panel.Click Command11' \
+    'Panel.Click Command10' Panel.Close |
     "$wine" "$build/synthor.exe" --sim --trace "$(winepath -w "$out/tool-trace.txt")" \
     --script - >/dev/null 2>&1
 check "Set frequency sent its frames" grep -q '^FT_Write 57 ' "$out/panel-trace.txt"
