@@ -40,6 +40,26 @@ HBITMAP testBitmap() {
     return bitmap;
 }
 
+// An 8-bit picture with a 256-grey colour table: GDI+ makes an indexed bitmap of it.
+HBITMAP indexedBitmap() {
+    struct {
+        BITMAPINFOHEADER header;
+        RGBQUAD colours[256];
+    } info{};
+    info.header = {sizeof(BITMAPINFOHEADER), 120, 80, 1, 8, BI_RGB, 0, 0, 0, 256, 0};
+    for (int i = 0; i < 256; ++i) {
+        auto grey = static_cast<BYTE>(i);
+        info.colours[i] = {grey, grey, grey, 0};
+    }
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS,
+                                      &bits, nullptr, 0);
+    auto* rows = static_cast<BYTE*>(bits);
+    for (int i = 0; i < 120 * 80; ++i)
+        rows[i] = static_cast<BYTE>(i % 120 * 2);
+    return bitmap;
+}
+
 int runGdiPlus(const std::filesystem::path& dir) {
     struct Event {
         long gdiError = 0;
@@ -62,6 +82,8 @@ int runGdiPlus(const std::filesystem::path& dir) {
         gdi.PictureBoxToFile(picture, (dir / name).string(), 80);
     gdi.PictureBoxToFile(picture, (dir / "q10.jpg").string(), 10);
     gdi.PictureBoxToFile(picture, (dir / "q95.jpg").string(), 95);
+    // wine writes a GIF correctly only from an indexed bitmap; Windows from any.
+    gdi.PictureBoxToFile({indexedBitmap(), nullptr}, (dir / "p.gif").string(), 80);
     check(event.count == 0, "good saves raise no Error");
 
     // No extension, or an unknown one: nothing written, no event.
