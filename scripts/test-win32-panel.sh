@@ -63,6 +63,12 @@ click() { # click CONTROL
         $((HEIGHT - side - ch + y + h / 2)) click 1
     sleep 1
 }
+shown() { # shown CAPTION PICTURE: waits for the window, pictures it into $out and docs/
+    window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$1\$" | head -n 1)
+    [ -n "$window" ] || return 1
+    sleep 1
+    import -window "$window" "$out/$2" && cp "$out/$2" "docs/win32-$2"
+}
 returned() { # returned N: waits up to 10 s for the Nth "ShowUI: OK"
     for _ in $(seq 20); do
         [ "$(tr -d '\r' < "$out/panel-out.txt" | grep -c '^ShowUI: OK$')" -ge "$1" ] && return 0
@@ -78,12 +84,9 @@ SYNTHOR_SNAPSHOT=$(winepath -w "$snapshot") SYNTHOR_TRACE=$(winepath -w "$trace"
     SYNTHOR_UNATTENDED_LOG=$(winepath -w "$out/panel-prompts.txt") \
     "$wine" cscript //nologo tests/win32/show_panel.vbs >"$out/panel-out.txt" 2>/dev/null &
 panel=$!
-window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$caption\$" | head -n 1)
-check "ShowUI shows the panel, found by its caption" test -n "$window"
+window=
+check "ShowUI shows the panel, found by its caption" shown "$caption" panel.png
 if [ -n "$window" ]; then
-    sleep 1
-    import -window "$window" "$out/panel.png"
-    cp "$out/panel.png" docs/win32-panel.png
     eval "$(xdotool getwindowgeometry --shell "$window" | grep -E '^(WIDTH|HEIGHT)=')"
     check "the screen picture is the window's size" \
         test "$(identify -format '%wx%h' "$out/panel.png")" = "${WIDTH}x$HEIGHT"
@@ -93,7 +96,7 @@ if [ -n "$window" ]; then
     sleep 2
     check "F12 saves the window's picture through cGdiPlus" \
         test "$(identify -format '%m %wx%h' "$snapshot" 2>/dev/null)" = "PNG ${WIDTH}x$HEIGHT"
-    cp "$snapshot" docs/win32-panel-sweep.png
+    cp "$snapshot" docs/win32-panel-sweep.png  # saved by the panel itself
     click Command10  # Exit
     check "Exit makes ShowUI return OK" returned 1
     # The program's second ShowUI shows the panel again; the title-bar close (Alt+F4) hides it.
@@ -118,13 +121,7 @@ check "the window's frames equal the tool's" diff -u <(tr -d '\r' < "$out/tool-t
 # --- EEPROMdata, held at 40 % ---------------------------------------------------------------
 "$wine" "$build/win32_panel_check.exe" eeprom >/dev/null 2>&1 &
 eeprom=$!
-progress=$(timeout 20 xdotool search --sync --onlyvisible --name '^Initialising$' | head -n 1)
-check "EEPROMdata shows, found by its caption" test -n "$progress"
-if [ -n "$progress" ]; then
-    sleep 1
-    import -window "$progress" "$out/eeprom.png"
-    cp "$out/eeprom.png" docs/win32-eeprom.png
-fi
+check "EEPROMdata shows, found by its caption" shown Initialising eeprom.png
 wait "$eeprom"
 
 echo "$passed passed, $failed failed"
