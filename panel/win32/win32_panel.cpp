@@ -41,6 +41,7 @@ class PanelWindow {
     HWND render(const panel::Control& control, const panel::Rect& rect, int id);
     void forward(std::size_t index, int code);
     void refresh();
+    void wakeIfHidden();
 
     Session& session_;
     HWND window_ = nullptr;
@@ -220,6 +221,12 @@ void PanelWindow::forward(std::size_t index, int code) {
         session_.prompts.msgBox(e.what(), msgstyle::Critical, panel::kFormName);
     }
     refresh();
+    wakeIfHidden();
+}
+
+// The modal loop checks the model after each message; make sure one comes once it is hidden.
+void PanelWindow::wakeIfHidden() {
+    if (!session_.panel.visible()) PostMessageA(window_, WM_NULL, 0, 0);
 }
 
 LRESULT PanelWindow::handle(UINT message, WPARAM w, LPARAM l) {
@@ -235,6 +242,7 @@ LRESULT PanelWindow::handle(UINT message, WPARAM w, LPARAM l) {
             // The title-bar close hides the panel; the window and the connection stay.
             session_.panel.close();
             refresh();
+            wakeIfHidden();
             return 0;
     }
     return DefWindowProcA(window_, message, w, l);
