@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "calibration/sig_gen_routines.hpp"
-#include "frames/packing.hpp"
 #include "encoding/phase.hpp"
+#include "frames/packing.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/format.hpp"
 #include "runtime/text.hpp"

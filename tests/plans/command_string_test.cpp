@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "plan_fixture.hpp"
 #include "frames/sweep_frames.hpp"
+#include "plan_fixture.hpp"
 #include "plans/trigger.hpp"
 
 namespace synthor::testing {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "frames/sweep_frames.hpp"
 #include "plan_fixture.hpp"
 #include "plans/freq_sweep.hpp"
 #include "plans/hops.hpp"
 #include "plans/level_sweeps.hpp"
-#include "frames/sweep_frames.hpp"
 
 namespace synthor::testing {
 namespace {
