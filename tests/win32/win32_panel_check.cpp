@@ -25,41 +25,6 @@ void check(bool ok, const std::string& what) {
     if (!ok) std::cout << "FAILED: " << what << '\n';
 }
 
-// A 24-bit picture with a few coloured bands, so encoders have something to compress.
-HBITMAP testBitmap() {
-    HDC screen = GetDC(nullptr);
-    HDC dc = CreateCompatibleDC(screen);
-    HBITMAP bitmap = CreateCompatibleBitmap(screen, 120, 80);
-    HGDIOBJ old = SelectObject(dc, bitmap);
-    for (int x = 0; x < 120; ++x)
-        for (int y = 0; y < 80; ++y)
-            SetPixel(dc, x, y, RGB(x * 2, y * 3, (x * y) % 256));
-    SelectObject(dc, old);
-    DeleteDC(dc);
-    ReleaseDC(nullptr, screen);
-    return bitmap;
-}
-
-// An 8-bit picture with a 256-grey colour table: GDI+ makes an indexed bitmap of it.
-HBITMAP indexedBitmap() {
-    struct {
-        BITMAPINFOHEADER header;
-        RGBQUAD colours[256];
-    } info{};
-    info.header = {sizeof(BITMAPINFOHEADER), 120, 80, 1, 8, BI_RGB, 0, 0, 0, 256, 0};
-    for (int i = 0; i < 256; ++i) {
-        auto grey = static_cast<BYTE>(i);
-        info.colours[i] = {grey, grey, grey, 0};
-    }
-    void* bits = nullptr;
-    HBITMAP bitmap = CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS,
-                                      &bits, nullptr, 0);
-    auto* rows = static_cast<BYTE*>(bits);
-    for (int i = 0; i < 120 * 80; ++i)
-        rows[i] = static_cast<BYTE>(i % 120 * 2);
-    return bitmap;
-}
-
 int runGdiPlus(const std::filesystem::path& dir) {
     struct Event {
         long gdiError = 0;
@@ -69,7 +34,8 @@ int runGdiPlus(const std::filesystem::path& dir) {
     imaging::cGdiPlus gdi([&](long, long gdiError, const std::string& text) {
         event = {gdiError, text, event.count + 1};
     });
-    imaging::Picture picture{testBitmap(), nullptr};
+    // The screen as it is: a 24- or 32-bit picture of the display's size.
+    imaging::Picture picture{imaging::captureWindow(GetDesktopWindow()), nullptr};
 
     // GDI+ lists its patterns as wide text; they must reach the index whole.
     const auto& index = gdi.extensionIndex();
@@ -82,8 +48,6 @@ int runGdiPlus(const std::filesystem::path& dir) {
         gdi.PictureBoxToFile(picture, (dir / name).string(), 80);
     gdi.PictureBoxToFile(picture, (dir / "q10.jpg").string(), 10);
     gdi.PictureBoxToFile(picture, (dir / "q95.jpg").string(), 95);
-    // wine writes a GIF correctly only from an indexed bitmap; Windows from any.
-    gdi.PictureBoxToFile({indexedBitmap(), nullptr}, (dir / "p.gif").string(), 80);
     check(event.count == 0, "good saves raise no Error");
 
     // No extension, or an unknown one: nothing written, no event.
@@ -101,17 +65,6 @@ int runGdiPlus(const std::filesystem::path& dir) {
               event.text == imaging::cGdiPlus::GdiErrorString(event.gdiError),
           "a failing save raises Error with its status and text (got " +
               std::to_string(event.gdiError) + " " + event.text + ")");
-
-    struct Text {
-        long status;
-        const char* text;
-    };
-    for (auto [status, text] :
-         {Text{1, "Generic Error"}, Text{7, "Win32 Error"}, Text{13, "Unknown Image Format"},
-          Text{20, "Property Not Supported"}, Text{0, "Unknown GDI+ Error"},
-          Text{-1, "Unknown GDI+ Error"}, Text{21, "Unknown GDI+ Error"}})
-        check(imaging::cGdiPlus::GdiErrorString(status) == text,
-              "GdiErrorString(" + std::to_string(status) + ")");
 
     std::cout << passed << " passed, " << failed << " failed" << std::endl;
     return failed == 0 ? 0 : 1;
