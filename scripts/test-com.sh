@@ -36,7 +36,8 @@ static() {
     grep -q "^Magic.*($2)\$" <<<"$dump" || fail "$1 is not $2"
     for name in $(sed -n 's/^\s*DLL Name: //p' <<<"$dump" | tr 'A-Z' 'a-z'); do
         case $name in
-            advapi32.dll | comdlg32.dll | kernel32.dll | msvcrt.dll | ole32.dll | oleaut32.dll | user32.dll) ;;
+            advapi32.dll | comctl32.dll | comdlg32.dll | gdi32.dll | gdiplus.dll | kernel32.dll | \
+                msvcrt.dll | ole32.dll | oleaut32.dll | user32.dll) ;;
             *) fail "$1 imports $name" ;;
         esac
     done

@@ -48,6 +48,7 @@ echo "wine: same output, and the drop-in driver library answers"
 cmake -S . -B build-win32 -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-i686.cmake >/dev/null
 cmake --build build-win32 -j2 --target Synthor01 ftd2xx
 scripts/test-com.sh build-win build-win32
+scripts/test-win32-panel.sh  # the Win32 panel and the GDI+ exporter under Xvfb
 
 step "fuzz targets (${fuzz_seconds} s each)"
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DSYNTHOR_FUZZ=ON -DSYNTHOR_TESTS=OFF \

@@ -15,6 +15,7 @@
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
 #include "panel/handlers.hpp"
+#include "panel/win32/win32_panel.hpp"
 #include "runtime/win32/wide_text.hpp"
 #include "runtime/win32/win32_prompts.hpp"
 
@@ -62,8 +63,8 @@ Session* buildSession() {
     }
 
     auto* session = new Session(std::move(driver), *prompts, clock);
-    // The panel: its event handlers, then its window front end (which sets showModal).
-    panel::attachHandlers(*session);
+    // The panel's event handlers and its Win32 window (ShowUI, EEPROMdata).
+    win32::attachWin32Panel(*session, panel::attachHandlers(*session));
 
     // Never unloaded from now on: the session and the driver library stay for the process.
     HMODULE pinned = nullptr;

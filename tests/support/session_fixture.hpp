@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "session/session.hpp"
 #include "automation/synthor_01_vexa.hpp"
 #include "link/trace.hpp"
 #include "plans/command_string.hpp"
 #include "runtime/raised_by.hpp"
+#include "session/session.hpp"
 #include "sim/sim_instrument.hpp"
 #include "support/fake_driver.hpp"
 
