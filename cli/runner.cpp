@@ -131,7 +131,8 @@ namespace {
 // Draws the calibration load's progress on standard error while values arrive; hiding the
 // window (the panel's load ending, even early) clears it.
 void showProgress(panel::EepromData& loading, std::ostream& err) {
-    loading.onChange = [&loading, bar = std::make_shared<ProgressBar>(err), shown = false]() mutable {
+    loading.onChange = [&loading, bar = std::make_shared<ProgressBar>(err),
+                        shown = false]() mutable {
         bar->draw(shown && !loading.visible() ? 100 : loading.value());
         shown = loading.visible();
     };
@@ -165,7 +166,8 @@ class Runner {
             said = true;
         };
         if (!out_) complain(outLost_, "the results to standard output");
-        if (host_.traceFile() && !host_.traceFile()->flush()) complain(traceLost_, "the trace file");
+        if (host_.traceFile() && !host_.traceFile()->flush())
+            complain(traceLost_, "the trace file");
         return !outLost_ && !traceLost_;
     }
 

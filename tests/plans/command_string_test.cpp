@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "support/session_fixture.hpp"
 #include "frames/sweep_frames.hpp"
 #include "plans/trigger.hpp"
+#include "support/session_fixture.hpp"
 
 namespace synthor::testing {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "support/session_fixture.hpp"
 #include "plans/plan_text.hpp"
+#include "support/session_fixture.hpp"
 
 namespace synthor::testing {
 namespace {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "support/session_fixture.hpp"
+#include "frames/sweep_frames.hpp"
 #include "plans/freq_sweep.hpp"
 #include "plans/hops.hpp"
 #include "plans/level_sweeps.hpp"
-#include "frames/sweep_frames.hpp"
+#include "support/session_fixture.hpp"
 
 namespace synthor::testing {
 namespace {
