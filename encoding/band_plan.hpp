@@ -35,18 +35,11 @@ inline constexpr std::array<Band, 10> kBandsA = {{
 }};
 
 // Synthesizer A while the output is parked: the x1.6 band starts at 199 MHz instead of 125 MHz.
-inline constexpr std::array<Band, 10> kBandsOutputOffA = {{
-    {5.6e9, 0.05, 0x00, 2},
-    {4e9, 0.05, 0x10, 2},
-    {2e9, 0.1, 0x20, 2},
-    {1e9, 0.2, 0x30, 2},
-    {5e8, 0.4, 0x40, 2},
-    {2.5e8, 0.8, 0x50, 2},
-    {1.99e8, 1.6, 0x60, 2},
-    {3e6, 10, 0x80, 1},
-    {1e6, 10, 0xA0, 1},
-    {300000, 10, 0xB0, 1},
-}};
+inline constexpr std::array<Band, 10> kBandsOutputOffA = [] {
+    auto bands = kBandsA;
+    bands[6].from = 1.99e8;
+    return bands;
+}();
 
 inline constexpr std::array<Band, 12> kBandsB = {{
     {5.6e9, 0.05, 0x00, 2},

@@ -36,13 +36,11 @@ constexpr std::array kFreqSweepMarkers = std::to_array<Marker>({
 });
 
 // The panel's variant recognises a frequency sweep file by "[FREQUENCY]".
-constexpr std::array kFreqPlan2Markers = std::to_array<Marker>({
-    {"[FREQUENCY]", Act::TypeTrue},
-    {"[LEVELSWEEP]", Act::TypeFalse},
-    {"[LEVEL]", Act::Level},
-    {"[DWELL]", Act::Dwell},
-    {"[PLAN]", Act::Plan},
-});
+constexpr std::array kFreqPlan2Markers = [] {
+    auto markers = kFreqSweepMarkers;
+    markers[0].text = "[FREQUENCY]";
+    return markers;
+}();
 
 constexpr std::array kLevelSweepMarkers = std::to_array<Marker>({
     {"[LEVELSWEEP]", Act::TypeTrue},

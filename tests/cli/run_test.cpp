@@ -87,46 +87,5 @@ TEST(Tool, WithoutTheDriverLibraryOpensFailWithADiagnostic) {
     EXPECT_EQ(r.err.find("no instrument can be opened", first + 1), std::string::npos) << r.err;
 }
 
-TEST(Tool, FindAndSetACarrierEndToEndWithTheTrace) {
-    const auto path = std::filesystem::temp_directory_path() / "synthor-run-test-e2e.txt";
-    const Result r = runTool({"--sim", "--trace", path.string(), "--script", "-"},
-                             "FND\nSetFrequency 1000 0\nSim.Output\n");
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out.substr(0, 8), "1234\nOK\n");
-    EXPECT_NE(r.out.find("1000.000000 MHz, 0.0 dBm"), std::string::npos) << r.out;
-
-    std::ifstream trace(path);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(trace, line);)
-        lines.push_back(line);
-    std::filesystem::remove(path);
-    ASSERT_GT(lines.size(), 480u);  // identity and 480 calibration exchanges
-    EXPECT_EQ(lines[0], "FT_OpenEx \"VexaSource Series Agile Synthesizer\" 2 = 0");
-    EXPECT_EQ(lines[7], "FT_Write 50 0B 00 02 = 0");  // the first identity block
-    EXPECT_EQ(lines[lines.size() - 2].substr(0, 23), "FT_Write 57 0E 01 FC 10");
-    EXPECT_EQ(lines.back(), "FT_Write 59 49 01 FC 10 = 0");
-}
-
-TEST(Tool, HeadlessPanelCalls) {
-    const Result r = runTool({"--sim", "--script", "-"},
-                             "Panel.Get Text1\n"
-                             "Panel.Set text1 2400.5\n"
-                             "Panel.Get Text1\n"
-                             "Panel.Get Frame12\n"
-                             "Panel.Value Option4\n"
-                             "Panel.Bold Command12\n"
-                             "Panel.Enabled Text8\n"
-                             "Panel.Status 1\n"
-                             "Panel.Status 8\n"
-                             "Panel.Get NoSuchControl\n"
-                             "Panel.Set Command1 x\n");
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out,
-              "1000.00\n2400.5\nSwtich RF Off\n1\n0\n1\nStatus: CW\n"
-              "raised 9: Subscript out of range\n");
-    EXPECT_NE(r.err.find("line 10: Panel.Get: no control named NoSuchControl"), std::string::npos);
-    EXPECT_NE(r.err.find("line 11: Panel.Set: no text box named Command1"), std::string::npos);
-}
-
 }  // namespace
 }  // namespace synthor::cli
