@@ -16,7 +16,7 @@
 #include "cli/session_host.hpp"
 #include "form/form_geometry.hpp"
 #include "imaging/qt/qt_image_exporter.hpp"
-#include "panel/qt/panel_window.hpp"
+#include "qt/panel_window.hpp"
 #include "runtime/clock.hpp"
 
 namespace synthor::panel::qt {

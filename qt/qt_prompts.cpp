@@ -1,4 +1,4 @@
-#include "panel/qt/qt_prompts.hpp"
+#include "qt/qt_prompts.hpp"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -7,7 +7,7 @@
 #include <QStringList>
 #include <array>
 
-#include "panel/qt/panel_window.hpp"
+#include "qt/panel_window.hpp"
 
 namespace synthor::panel::qt {
 namespace {

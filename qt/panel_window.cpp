@@ -1,4 +1,4 @@
-#include "panel/qt/panel_window.hpp"
+#include "qt/panel_window.hpp"
 
 #include <QCheckBox>
 #include <QCloseEvent>

@@ -9,8 +9,8 @@
 
 #include "cli/session_host.hpp"
 #include "imaging/qt/qt_image_exporter.hpp"
-#include "panel/qt/panel_window.hpp"
-#include "panel/qt/qt_prompts.hpp"
+#include "qt/panel_window.hpp"
+#include "qt/qt_prompts.hpp"
 #include "runtime/clock.hpp"
 
 namespace {
