@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Tests the automation server Synthor01.dll under wine, through real clients: registers it,
-# runs the VBScript suite (unattended log and wire trace on), the compiled C++ client, checks
-# and the JScript suite, checks that unregistering leaves no key, then registers it for the
+# runs the VBScript suite (unattended log and wire trace on) and the JScript suite, checks that unregistering leaves no key, then registers it for the
 # current user only (wine's class lookup reads only the machine's classes, so that registration
 # is checked in the registry). The drop-in simulated driver ftd2xx.dll sits beside the DLL.
 # A 32-bit build folder, if given, is checked statically: PE32, system imports only, the entry
@@ -78,7 +77,6 @@ msgbox 48 "Signal Gen" "Dwell time must be between 26 and 65500 us."
 dialog cancel
 LOG
 grep -qx 'FT_Write 59 39 = 0' "$trace" || fail "no lock query in the wire trace"
-suite "C++ client" run "$build/synthor_com_client.exe"
 suite JScript run cscript //nologo tests/com/suite.js
 run regsvr32 /s /u "$dll"
 registered HKLM no

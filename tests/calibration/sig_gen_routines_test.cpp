@@ -122,7 +122,7 @@ TEST_F(CalibrationFixture, ShortBlocksAreAskedAgainOnlyForTheLevelTables) {
 }
 
 // An instrument that stops answering, or never sends a block whole, would keep a block of
-// table 1 asking forever; the load gives up after kCalBlockAttempts short replies in a row and
+// table 1 asking forever; the load gives up after four short replies in a row and
 // keeps only the blocks that arrived.
 TEST_F(CalibrationFixture, ASilentInstrumentEndsTheLoad) {
     struct Case {
@@ -142,7 +142,7 @@ TEST_F(CalibrationFixture, ASilentInstrumentEndsTheLoad) {
         EXPECT_EQ(tables.CalTable1, m.bytes(8152, 8152 + c.blocksKept * 70));
         EXPECT_TRUE(tables.CalTable2.empty() && tables.CalTable3.empty() &&
                     tables.CalTable4.empty());
-        EXPECT_EQ(m.countFrames("P"), c.blocksKept + kCalBlockAttempts);
+        EXPECT_EQ(m.countFrames("P"), c.blocksKept + 4);  // four short replies in a row
         EXPECT_FLOAT_EQ(p.values.back(), static_cast<float>(c.blocksKept) / 169 * 38);
     }
 }

@@ -3,10 +3,10 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "cli/runner.hpp"
+#include "support/sandbox.hpp"
 
 namespace synthor::cli {
 namespace {
@@ -27,14 +27,13 @@ Result runTool(std::vector<std::string> args, const std::string& input = "") {
 // DLLVer needs no instrument and makes no driver call; the trace file is still made. Call names
 // are case-insensitive and --sim-lock takes decimal or hex.
 TEST(Tool, DllVerRunsWithoutAnInstrumentAndTheTraceFileIsMade) {
-    const auto path = std::filesystem::temp_directory_path() / "synthor-run-test-trace.txt";
-    std::filesystem::remove(path);
+    const synthor::testing::Sandbox sandbox;
+    const auto path = sandbox.path("trace.txt");
     const Result r = runTool({"--sim", "--sim-lock", "0x05", "--trace", path.string(), "dllver"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out, "V1.0 Jan 2019\n");
     EXPECT_TRUE(std::filesystem::exists(path));
     EXPECT_EQ(std::filesystem::file_size(path), 0u);
-    std::filesystem::remove(path);
     EXPECT_EQ(runTool({"--sim", "--sim-lock", "255", "DLLVer"}).status, 0);
 }
 

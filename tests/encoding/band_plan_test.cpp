@@ -73,6 +73,7 @@ TEST(BandPlan, FourMegahertzOutputForcesCompanionBand) {
 
     const PointRecord edge = encodeFresh(4.15e6, 8.25e6);
     EXPECT_EQ(codeB(edge), 0x90);
+    EXPECT_EQ(codeB(encodeFresh(4.05e6, 8.15e6)), 0x90);
     EXPECT_EQ(wordB(edge), 82500000u);
 
     const PointRecord below = encodeFresh(4049999, 8.15e6);
@@ -94,9 +95,10 @@ struct Step {
 //       nothing; falling sets no flag.
 //  5-8: A rises to 1 with B in class 0; B rises 0 -> 1; the 0x90 band is class 1 with no rise
 //       but always the flag; B rises 1 -> 2.
-// 9-14: rose, but spur-prone at 2.05 MHz; the edges 2 and 2.1 MHz are excluded; 8-8.4 MHz alike.
-// 15-17: A in class 2 clears the low-band bits whatever B does; A not encoded (below 300 kHz)
-//       keeps class 2 while B rises. 18: from rest A stays class 0 and B rises to class 1.
+// 9-16: rose, but spur-prone at 2.05 MHz; the edges 2 and 2.1 MHz are excluded; 8-8.4 MHz alike,
+//       and the edges 3.9 and 4.3 MHz.
+// 17-19: A in class 2 clears the low-band bits whatever B does; A not encoded (below 300 kHz)
+//       keeps class 2 while B rises. 20: from rest A stays class 0 and B rises to class 1.
 TEST(ControlBytes, DependOnThePreviousRecord) {
     const Step steps[] = {
         {true, 1e8, 104.1e6, 0x8D, 0x72},    {false, 2e8, 204.1e6, 0x6C, 0x60},
@@ -106,6 +108,7 @@ TEST(ControlBytes, DependOnThePreviousRecord) {
         {true, 2.05e6, 6.15e6, 0xA5, 0x81},  {false, 2e6, 6.1e6, 0xA1, 0x81},
         {false, 2.1e6, 6.2e6, 0xA1, 0x81},   {false, 8e6, 12.1e6, 0x81, 0x81},
         {false, 8.2e6, 12.33e6, 0x85, 0x81}, {false, 8.4e6, 12.5e6, 0x81, 0x81},
+        {false, 3.9e6, 8e6, 0x81, 0x81},     {false, 4.3e6, 8.4e6, 0x81, 0x81},
         {true, 1e9, 1004.1e6, 0x3C, 0x30},   {false, 1e9, 1e6, 0x30, 0xA0},
         {false, 100000, 5e6, 0x0C, 0x80},    {true, 100000, 5e6, 0x0D, 0x81},
     };

@@ -111,16 +111,18 @@ TEST_F(PlanFiles, FailedReads) {
     EXPECT_EQ(session.plans.freq.FreqPlanLevel, 3.0F);
     EXPECT_TRUE(frames().empty());
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, file("l.dat", kLevelSweepFile)));
-    EXPECT_FALSE(LoadFreqSweepPlan(session, true, (dir / "missing.dat").string()));
-    EXPECT_FALSE(LoadFreqSweepPlan(session, true, dir.string()));
+    EXPECT_FALSE(LoadFreqSweepPlan(session, true, sandbox.path("missing.dat").string()));
+    EXPECT_FALSE(LoadFreqSweepPlan(session, true, sandbox.dir().string()));
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, file("v.dat", "[FREQUENCYSWEEP]\n[DWELL]\n")));
     // An item or a plan line past its limit ends the read (each file reads well without it).
     const std::string blanks(kMaxPlanItem, ' ');
     EXPECT_FALSE(
         LoadFreqSweepPlan(session, true, file("i.dat", freqFile("[LEVEL]," + blanks + "1"))));
-    const std::string longLine(kMaxPlanLine + 1, 'y');
-    EXPECT_FALSE(
-        LoadFreqSweepPlan(session, true, file("p.dat", freqFile("", "1 1\n2 2\n" + longLine))));
+    for (const std::size_t length : {4096, 4097}) {  // a plan line of up to 4096 characters
+        const std::string line(length, 'y');
+        EXPECT_EQ(LoadFreqSweepPlan(session, true, file("p.dat", freqFile("", "1 1\n2 2\n" + line))),
+                  length == 4096);
+    }
     EXPECT_FALSE(LoadFreqSweepPlan(session, false, ""));  // dialog cancelled
     EXPECT_TRUE(prompts.boxes.empty());
     ASSERT_EQ(prompts.dialogs.size(), 1u);
@@ -128,7 +130,7 @@ TEST_F(PlanFiles, FailedReads) {
     EXPECT_EQ(prompts.dialogs[0].filter, "All Files (*.*)|*.*|data_files(*.dat)|*.dat|");
     EXPECT_EQ(prompts.dialogs[0].filterIndex, 2);
     session.plans.level.LevelPlanValid = -1;
-    EXPECT_FALSE(ReadPowerPlan2(session, (dir / "missing.dat").string()));
+    EXPECT_FALSE(ReadPowerPlan2(session, sandbox.path("missing.dat").string()));
     EXPECT_EQ(session.plans.level.LevelPlanValid, 0);
     // The upload with a stale count of 5 fails on unset points; the file's count is still
     // stored, so the same file reads at the next try.

@@ -8,15 +8,15 @@
 #include <fstream>
 
 #include "runtime/bounded_input.hpp"
+#include "support/sandbox.hpp"
 
 namespace synthor {
 namespace {
 
 TEST(BoundedInput, RefusesWhatItMustNotReadAndStopsLongLines) {
     namespace fs = std::filesystem;
-    const fs::path dir = fs::temp_directory_path() / "synthor-bounded-input-test";
-    fs::remove_all(dir);
-    fs::create_directories(dir);
+    const synthor::testing::Sandbox sandbox;
+    const fs::path& dir = sandbox.dir();
     const fs::path fifo = dir / "fifo";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     const fs::path sparse = dir / "sparse.dat";
@@ -51,7 +51,6 @@ TEST(BoundedInput, RefusesWhatItMustNotReadAndStopsLongLines) {
         EXPECT_EQ(in.nextLine(line, 100), BoundedReader::Line::TooLong) << c.path;
         EXPECT_EQ(line.size(), 100u);
     }
-    fs::remove_all(dir);
 }
 
 }  // namespace

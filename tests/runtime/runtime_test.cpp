@@ -56,6 +56,7 @@ TEST(NumericConversion, RoundsHalfToEvenAndChecksTheRange) {
     EXPECT_EQ(roundHalfEven(0.125, 2), 0.12);
     EXPECT_EQ(roundHalfEven(0.375, 2), 0.38);
     EXPECT_NE(static_cast<double>(csng(0.1)), 0.1);
+    EXPECT_EQ(csng(3.4e38), 3.4e38F);  // the largest singles still convert
     EXPECT_EQ(raisedBy([] { csng(1e39); }), errnum::Overflow);
     EXPECT_EQ(raisedBy([] { csng(-1e39); }), errnum::Overflow);
 }

@@ -10,7 +10,7 @@
 #include <iterator>
 
 #include "link/driver_library.hpp"
-#include "sim_test_support.hpp"
+#include "support/sim_frames.hpp"
 
 namespace {
 

@@ -1,8 +1,6 @@
 // The default read-only memory and EEPROM image files.
-#include <filesystem>
-#include <fstream>
-
-#include "sim_test_support.hpp"
+#include "support/sim_frames.hpp"
+#include "support/sandbox.hpp"
 
 namespace {
 
@@ -47,16 +45,15 @@ TEST(SimEeprom, CalibrationTablesAreStrictlyMonotoneAndCoverTheLevels) {
 
 // A good file and a missing one are read through VEXASIM_EEPROM in the environment test.
 TEST(SimEeprom, AnImageFileOfAnyOtherSizeIsRefused) {
-    const auto path = std::filesystem::temp_directory_path() / "sim_eeprom_test.bin";
+    const synthor::testing::Sandbox sandbox;
     for (std::size_t size : {std::size_t{0}, kEepromSize - 1, kEepromSize + 1}) {
-        std::ofstream(path, std::ios::binary) << std::string(size, '\x5A');
+        const std::string path = sandbox.file("image.bin", std::string(size, '\x5A'));
         std::vector<std::uint8_t> image{7};
         std::string error;
-        EXPECT_FALSE(synthor::sim::loadEepromFile(path.string(), image, error)) << size;
+        EXPECT_FALSE(synthor::sim::loadEepromFile(path, image, error)) << size;
         EXPECT_NE(error.find("65536"), std::string::npos) << error;
         EXPECT_EQ(image, std::vector<std::uint8_t>{7});
     }
-    std::filesystem::remove(path);
 }
 
 }  // namespace

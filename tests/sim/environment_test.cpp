@@ -1,12 +1,11 @@
 // The drop-in library's VEXASIM_* settings.
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <sstream>
 
 #include "runtime/text.hpp"
 #include "sim/environment.hpp"
-#include "sim_test_support.hpp"
+#include "support/sim_frames.hpp"
+#include "support/sandbox.hpp"
 
 namespace {
 
@@ -25,8 +24,9 @@ std::string summary(const synthor::sim::DropInSettings& s) {
 // Unset and empty variables keep their defaults; each bad value is reported once, on one line,
 // and keeps its default, while the good fault settings beside a bad one still apply.
 TEST(SimEnvironment, SettingsApplyAndBadOnesAreReportedAndKeepTheirDefaults) {
-    const auto eeprom = std::filesystem::temp_directory_path() / "sim_environment_eeprom.bin";
-    std::ofstream(eeprom, std::ios::binary) << std::string(synthor::sim::kEepromSize, 'e');
+    const synthor::testing::Sandbox sandbox;
+    const std::string eeprom =
+        sandbox.file("eeprom.bin", std::string(synthor::sim::kEepromSize, 'e'));
     const std::string defaults = "VX000001 R 1.0 0 eeprom 0  faults 00000 trace ";
     const std::tuple<std::map<std::string, std::string>, std::size_t, std::string> cases[] = {
         {{}, 0, defaults},
@@ -37,7 +37,7 @@ TEST(SimEnvironment, SettingsApplyAndBadOnesAreReportedAndKeepTheirDefaults) {
           {"VEXASIM_LOCK", "0x05"},
           {"VEXASIM_FAULTS", "write=2, silent,chunk=3,"},
           {"VEXASIM_TRACE", "/tmp/t.txt"},
-          {"VEXASIM_EEPROM", eeprom.string()}},
+          {"VEXASIM_EEPROM", eeprom}},
          0,
          "AB12 T 9.9 5 eeprom 65536e faults 00213 trace /tmp/t.txt"},
         {{{"VEXASIM_STATUS", "RS"},
@@ -61,7 +61,6 @@ TEST(SimEnvironment, SettingsApplyAndBadOnesAreReportedAndKeepTheirDefaults) {
             EXPECT_EQ(p.find('\n'), std::string::npos) << p;
         }
     }
-    std::filesystem::remove(eeprom);
 }
 
 TEST(SimEnvironment, ByteValuesInDecimalOrHex) {

@@ -1,5 +1,5 @@
 // Injected driver failures: the fault settings and what each fault does to the calls.
-#include "sim_test_support.hpp"
+#include "support/sim_frames.hpp"
 
 namespace {
 
@@ -59,52 +59,6 @@ TEST(SimFaults, EachCounterFailsTheNextNCallsOfItsKind) {
     std::uint32_t written = 5;
     EXPECT_EQ(t.sim.write(t.handle, "Q", 1, &written), d2xx::IoError);
     EXPECT_EQ(written, 0u);
-}
-
-// Open fails whatever its argument; counters count calls even on a handle that is not open.
-TEST(SimFaults, CountersCountCallsNotSuccesses) {
-    Config config;
-    config.faults.open = 2;
-    config.faults.close = 1;
-    synthor::sim::Instrument sim(config);
-    d2xx::Handle h = nullptr;
-    EXPECT_EQ(sim.close(nullptr), d2xx::IoError);
-    EXPECT_EQ(sim.close(nullptr), d2xx::InvalidHandle);
-    EXPECT_EQ(sim.openEx(synthor::sim::kDeviceDescription, 2, &h), d2xx::IoError);
-    EXPECT_EQ(sim.openEx("no such device", 2, &h), d2xx::IoError);
-    EXPECT_EQ(h, nullptr);
-    EXPECT_EQ(sim.openEx(synthor::sim::kDeviceDescription, 2, &h), d2xx::Ok);
-    EXPECT_EQ(sim.pendingFaults().open + sim.pendingFaults().close, 0);
-}
-
-TEST(SimFaults, SilentInstrumentTakesFramesButNeverAnswers) {
-    Config config;
-    config.faults.silent = true;
-    OpenedInstrument t(config);
-    t.send(frame("Q") + frame("V") + frame("Y9") + memoryRead(70, 8152) +
-           memoryWrite(1024, {5, 6}));
-    EXPECT_EQ(t.sim.pendingReplyBytes(), 0u);
-    EXPECT_TRUE(t.receive().empty());
-    EXPECT_EQ(t.sim.memoryAt(1025), 6);
-    EXPECT_EQ(t.sim.runState().frames, 5u);
-}
-
-// At most `chunk` bytes per read, and never more than the read asks for.
-TEST(SimFaults, ChunkedRepliesComeInPieces) {
-    Config config;
-    config.faults.chunk = 5;
-    OpenedInstrument t(config);
-    t.send(memoryRead(12, 2) + memoryRead(70, 8152));
-    std::string all;
-    for (std::uint32_t ask : {100u, 100u, 100u, 3u}) {
-        char buffer[100];
-        std::uint32_t got = 0;
-        ASSERT_EQ(t.sim.read(t.handle, buffer, ask, &got), d2xx::Ok);
-        EXPECT_EQ(got, std::min(ask, 5u));
-        all.append(buffer, got);
-    }
-    EXPECT_EQ(all.substr(0, 12), "VXS-8G     1");
-    EXPECT_EQ(t.sim.pendingReplyBytes(), 82u - 18u);
 }
 
 }  // namespace

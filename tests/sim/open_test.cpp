@@ -1,5 +1,5 @@
 // Opening, closing and the handle rules of the simulated driver.
-#include "sim_test_support.hpp"
+#include "support/sim_frames.hpp"
 
 namespace {
 
@@ -65,21 +65,6 @@ TEST(SimOpen, EveryCallNeedsTheOpenHandle) {
     }
     const synthor::sim::LinkSettings expected{4000, 3000, 512, 256, 1, 0x0100, 0x11, 0x13};
     EXPECT_EQ(live.sim.linkSettings(), expected);
-}
-
-TEST(SimOpen, RefusedTransfersReportNoBytes) {
-    OpenedInstrument t;
-    std::uint8_t b[4];
-    std::uint32_t n = 99;
-    EXPECT_EQ(t.sim.write(nullptr, "Q", 1, &n), d2xx::InvalidHandle);
-    EXPECT_EQ(n, 0u);
-    n = 99;
-    EXPECT_EQ(t.sim.read(nullptr, b, 4, &n), d2xx::InvalidHandle);
-    EXPECT_EQ(n, 0u);
-    EXPECT_EQ(t.sim.write(t.handle, nullptr, 1, &n), synthor::sim::kInvalidParameter);
-    EXPECT_EQ(t.sim.read(t.handle, nullptr, 1, &n), synthor::sim::kInvalidParameter);
-    EXPECT_EQ(t.sim.read(t.handle, b, 4, nullptr), synthor::sim::kInvalidParameter);
-    EXPECT_EQ(t.sim.write(t.handle, nullptr, 0, &n), d2xx::Ok);
 }
 
 TEST(SimOpen, ReceivePurgeDropsRepliesAndTransmitPurgeKeepsRepliesAndAPartFrame) {

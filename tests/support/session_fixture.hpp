@@ -1,11 +1,9 @@
 // A session opened on the simulated instrument with its calibration loaded, the frames it writes
-// recorded as hexadecimal, recording prompts, and a temporary folder for plan files.
+// recorded as hexadecimal, recording prompts, and a sandbox folder for plan files.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -16,6 +14,7 @@
 #include "session/session.hpp"
 #include "sim/sim_instrument.hpp"
 #include "support/fake_driver.hpp"
+#include "support/sandbox.hpp"
 
 namespace synthor::testing {
 
@@ -31,20 +30,12 @@ class PlanTest : public ::testing::Test {
 
     void SetUp() override {
         ASSERT_EQ(object.FND(), 1234);
-        // Unique per fixture object, as other builds may run the same test at the same time.
-        dir = std::filesystem::temp_directory_path() /
-              ("synthor_plans_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)) + "_" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::create_directories(dir);
         lines.clear();
     }
-    void TearDown() override { std::filesystem::remove_all(dir); }
 
-    // Writes a plan file into the temporary folder and returns its path.
+    // Writes a plan file into the test's folder and returns its path.
     std::string file(const std::string& name, const std::string& content) {
-        const auto path = (dir / name).string();
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
+        return sandbox.file(name, content);
     }
 
     // The frames written since the last call, as "57 02 01 FC 20 FF FF".
@@ -69,7 +60,7 @@ class PlanTest : public ::testing::Test {
     std::vector<std::string> lines;
     Session session;
     Synthor_01_vexa object;
-    std::filesystem::path dir;
+    Sandbox sandbox;
 };
 
 inline const char* kFreqSweepFile =

@@ -1,4 +1,4 @@
-// Frame builders and an opened simulated instrument for the simulator's tests.
+// Frame builders and an opened simulated instrument, for tests that talk to it byte by byte.
 #pragma once
 
 #include <cstdint>
