@@ -7,6 +7,7 @@
 #include "automation/synthor_01_vexa.hpp"
 #include "encoding/level.hpp"
 #include "runtime/clock.hpp"
+#include "session/plan_store.hpp"
 #include "sim/sim_instrument.hpp"
 
 namespace synthor {
@@ -31,8 +32,6 @@ struct OpenedSession {
     Session session;
     Synthor_01_vexa object;
 };
-
-constexpr std::int32_t kPlanPoints = 9001;
 
 // One continuous-wave point per iteration, stepping through the whole range so every band,
 // both interpolation paths and the band-class flags are exercised.

@@ -115,13 +115,13 @@ TEST_F(PlanFiles, FailedReads) {
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, sandbox.dir().string()));
     EXPECT_FALSE(LoadFreqSweepPlan(session, true, file("v.dat", "[FREQUENCYSWEEP]\n[DWELL]\n")));
     // An item or a plan line past its limit ends the read (each file reads well without it).
-    const std::string blanks(kMaxPlanItem, ' ');
-    EXPECT_FALSE(
-        LoadFreqSweepPlan(session, true, file("i.dat", freqFile("[LEVEL]," + blanks + "1"))));
-    for (const std::size_t length : {4096, 4097}) {  // a plan line of up to 4096 characters
+    for (const std::size_t length : {4096, 4097}) {  // items and plan lines of up to 4096
+        const std::string item = "[LEVEL]," + std::string(length - 1, ' ') + "1\n";
+        EXPECT_EQ(LoadFreqSweepPlan(session, true, file("i.dat", freqFile(item))), length == 4096);
         const std::string line(length, 'y');
-        EXPECT_EQ(LoadFreqSweepPlan(session, true, file("p.dat", freqFile("", "1 1\n2 2\n" + line))),
-                  length == 4096);
+        EXPECT_EQ(
+            LoadFreqSweepPlan(session, true, file("p.dat", freqFile("", "1 1\n2 2\n" + line))),
+            length == 4096);
     }
     EXPECT_FALSE(LoadFreqSweepPlan(session, false, ""));  // dialog cancelled
     EXPECT_TRUE(prompts.boxes.empty());

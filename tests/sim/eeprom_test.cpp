@@ -1,6 +1,6 @@
 // The default read-only memory and EEPROM image files.
-#include "support/sim_frames.hpp"
 #include "support/sandbox.hpp"
+#include "support/sim_frames.hpp"
 
 namespace {
 

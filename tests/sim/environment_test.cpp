@@ -4,8 +4,8 @@
 
 #include "runtime/text.hpp"
 #include "sim/environment.hpp"
-#include "support/sim_frames.hpp"
 #include "support/sandbox.hpp"
+#include "support/sim_frames.hpp"
 
 namespace {
 
