@@ -39,6 +39,8 @@ constexpr const char* kUsage =
     "                          timeouts usbparams latency flow purge write silent chunk\n"
     "  --trace FILE            write the wire trace to FILE\n"
     "  --dialog PATH           answer of the next file-open dialog (repeatable)\n"
+    "  --find                  find the instrument (as FND) before the call or script;\n"
+    "                          exit status 3 when none answers\n"
     "  --help                  show this text\n";
 
 }  // namespace
@@ -278,6 +280,21 @@ int runLines(Runner& runner, ByteSource& script, const std::string& name, std::o
     }
 }
 
+// --find: FND before the calls, as a host program starts, without printing the serial number.
+// Message boxes still print. False, said on standard error, when no instrument was found or it
+// did not answer.
+bool findInstrument(SessionHost& host, std::ostream& err) {
+    std::ostringstream answer;
+    Runner(host, answer, err).call(ScriptCall{"FND", {}}, "--find: ");
+    const UsbLink& link = host.session().link;
+    if (link.InstrumentFound == kTrue && link.NoResponse != kTrue) return true;
+    std::string said = answer.str();
+    while (!said.empty() && said.back() == '\n')
+        said.pop_back();
+    err << "synthor: --find: no instrument found (FND answered " << said << ")\n";
+    return false;
+}
+
 }  // namespace
 
 SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::ostream& err) {
@@ -322,7 +339,10 @@ void runScript(SessionHost& host, std::istream& script, std::ostream& out, std::
 int run(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
         std::ostream& err) {
     try {
-        const Options o = parseOptions(args);
+        bool find = false;
+        const Options o = parseOptions(args, [&](const std::string& name, const auto&) {
+            return name == "--find" && (find = true);
+        });
         if (o.help) {
             out << kUsage;
             return out.flush() ? 0 : 1;
@@ -343,6 +363,7 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
         SystemClock clock;
         SessionHost host(o, prompts, clock, err);
         if (&err == &std::cerr && stderrIsTerminal()) showProgress(host.eepromData(), err);
+        if (find && !findInstrument(host, err)) return 3;
         Runner runner(host, out, err);
         int status = 0;
         if (script) {
