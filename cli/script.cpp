@@ -55,28 +55,26 @@ Variant parseArgumentWord(std::string_view word) {
     return std::string(word);
 }
 
-ParsedLine parseScriptLine(std::string_view line) {
-    ParsedLine out;
-    std::vector<std::pair<std::string, bool>> words;  // text, quoted
+std::vector<ScriptWord> splitScriptLine(std::string_view line, std::string& warning) {
+    std::vector<ScriptWord> words;
     std::size_t i = 0;
     while (i < line.size()) {
         while (i < line.size() && isBlank(line[i]))
             ++i;
         if (i >= line.size() || line[i] == '#') break;
-        std::string word;
-        bool quoted = false;
+        ScriptWord word;
         while (i < line.size() && !isBlank(line[i]) && line[i] != '#') {
             if (line[i] != '"') {
-                word.push_back(line[i++]);
+                word.text.push_back(line[i++]);
                 continue;
             }
-            quoted = true;
+            word.quoted = true;
             ++i;
             bool closed = false;
             while (i < line.size()) {
                 if (line[i] == '"') {
                     if (i + 1 < line.size() && line[i + 1] == '"') {
-                        word.push_back('"');
+                        word.text.push_back('"');
                         i += 2;
                         continue;
                     }
@@ -84,17 +82,22 @@ ParsedLine parseScriptLine(std::string_view line) {
                     closed = true;
                     break;
                 }
-                word.push_back(line[i++]);
+                word.text.push_back(line[i++]);
             }
-            if (!closed)
-                out.warning = "a quoted argument has no closing quote; read to the line end";
+            if (!closed) warning = "a quoted argument has no closing quote; read to the line end";
         }
-        words.emplace_back(std::move(word), quoted);
+        words.push_back(std::move(word));
     }
+    return words;
+}
+
+ParsedLine parseScriptLine(std::string_view line) {
+    ParsedLine out;
+    const std::vector<ScriptWord> words = splitScriptLine(line, out.warning);
     if (words.empty()) return out;
 
     ScriptCall call;
-    call.name = words.front().first;
+    call.name = words.front().text;
     for (std::size_t w = 1; w < words.size(); ++w) {
         const auto& [text, quoted] = words[w];
         if (!quoted && isDecimalNumber(text)) {

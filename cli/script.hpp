@@ -29,6 +29,14 @@ struct ParsedLine {
 
 ParsedLine parseScriptLine(std::string_view line);
 
+// The words of a script line as written, before numbers are told from text: quotes removed,
+// comment dropped. `warning` is set for an unclosed quote.
+struct ScriptWord {
+    std::string text;
+    bool quoted = false;
+};
+std::vector<ScriptWord> splitScriptLine(std::string_view line, std::string& warning);
+
 // One argument as given on the command line (the shell has already split words): a word that
 // reads whole as a decimal number is a number, a word in literal double quotes is text, any
 // other word is text as it stands.

@@ -1,7 +1,7 @@
 // Runs transcripts: whole exchanges through the command-line tool, compared with what a user
 // sees. A file holds cases; each starts at a `#` line saying what fault it would catch.
 //
-//   $ OPTIONS      the tool's options (words split on blanks, double quotes group)
+//   $ OPTIONS      the tool's options (words split as in a script line)
 //   > LINE         a script line; the case then runs with `--script -` fed these lines
 //   < TEXT         an expected line of standard output ("<" alone: an empty line)
 //   ~ TEXT         a wire-trace line that must appear, in order with the other `~` lines
@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "cli/runner.hpp"
+#include "cli/script.hpp"
 
 namespace {
 
@@ -33,24 +34,12 @@ struct Case {
     int status = 0;
 };
 
+// The options of a `$` line, split as the tool's script lines are.
 std::vector<std::string> splitWords(const std::string& text) {
+    std::string warning;
     std::vector<std::string> words;
-    std::string word;
-    bool quoted = false, any = false;
-    for (const char c : text) {
-        if (c == '"') {
-            quoted = !quoted;
-            any = true;
-        } else if (c == ' ' && !quoted) {
-            if (any) words.push_back(word);
-            word.clear();
-            any = false;
-        } else {
-            word += c;
-            any = true;
-        }
-    }
-    if (any) words.push_back(word);
+    for (auto& w : synthor::cli::splitScriptLine(text, warning))
+        words.push_back(std::move(w.text));
     return words;
 }
 
