@@ -31,9 +31,5 @@ TEST_F(Commands, TriggerResetSendsItsFrameOnceWhenTheFreeRunOptionResetsToo) {
     EXPECT_EQ(handlerRuns, 1);
 }
 
-TEST_F(Commands, KeywordTableSize) {
-    EXPECT_EQ(sigGenKeywords().size(), 17u);
-}
-
 }  // namespace
 }  // namespace synthor::testing

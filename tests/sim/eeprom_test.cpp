@@ -1,4 +1,4 @@
-// The default read-only memory and EEPROM image files.
+// The default calibration memory and EEPROM image files.
 #include "support/sandbox.hpp"
 #include "support/sim_frames.hpp"
 
@@ -11,13 +11,6 @@ double entry(const std::vector<std::uint8_t>& image, std::size_t table, int reco
     const std::size_t at = table + (record - 1) * 70 + (k - 1) * 2;
     const double magnitude = ((image[at] & 0x7F) * 256 + image[at + 1]) / 10.0;
     return (image[at] & 0x80) ? -magnitude : magnitude;
-}
-
-TEST(SimEeprom, IdentityBlocksHoldTheSerialNumberAndHardwareIdentifier) {
-    const auto image = defaultEeprom();
-    ASSERT_EQ(image.size(), kEepromSize);
-    EXPECT_EQ(std::string(image.begin() + 2 + 11, image.begin() + 2 + 22), "1234       ");
-    EXPECT_EQ(std::string(image.begin() + 2 + 11 * 14, image.begin() + 2 + 11 * 15), "VXS-SIM-1  ");
 }
 
 // The level search moves towards higher positions when the wanted level is at or below an entry
