@@ -341,7 +341,9 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
     try {
         bool find = false;
         const Options o = parseOptions(args, [&](const std::string& name, const auto&) {
-            return name == "--find" && (find = true);
+            if (name != "--find") return false;
+            find = true;
+            return true;
         });
         if (o.help) {
             out << kUsage;

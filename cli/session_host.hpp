@@ -43,10 +43,6 @@ using ExtraOption =
 // UsageError for an unknown option or a missing value.
 Options parseOptions(const std::vector<std::string>& args, const ExtraOption& extra = {});
 
-// Message boxes and file dialogs answered without a person: boxes print a line and answer
-// Cancel on retry/cancel, OK otherwise; dialogs take the --dialog answers in order.
-using ScriptPrompts = LoggedPrompts;
-
 // The instrument the options name (the simulated one or the driver library, traced when asked),
 // a session over it with the panel's handlers attached, and the automation object.
 class SessionHost {

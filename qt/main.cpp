@@ -12,6 +12,7 @@
 #include "qt/panel_window.hpp"
 #include "qt/qt_prompts.hpp"
 #include "runtime/clock.hpp"
+#include "runtime/prompts.hpp"
 
 namespace {
 
@@ -79,7 +80,7 @@ int main(int argc, char** argv) {
         }
     }
 
-    cli::ScriptPrompts unattended(std::cout, options.dialogs);
+    LoggedPrompts unattended(std::cout, options.dialogs);
     panel::qt::QtPrompts prompts(extra.snapshot ? &unattended : nullptr);
     SystemClock clock;
     std::unique_ptr<cli::SessionHost> host;

@@ -18,6 +18,7 @@
 #include "imaging/qt/qt_image_exporter.hpp"
 #include "qt/panel_window.hpp"
 #include "runtime/clock.hpp"
+#include "runtime/prompts.hpp"
 
 namespace synthor::panel::qt {
 
@@ -27,7 +28,7 @@ class PanelWindowTest : public QObject {
   private:
     QTemporaryDir dir_;
     std::unique_ptr<SystemClock> clock_;
-    std::unique_ptr<cli::ScriptPrompts> prompts_;
+    std::unique_ptr<LoggedPrompts> prompts_;
     std::unique_ptr<cli::SessionHost> host_;
     std::unique_ptr<PanelWindow> window_;
     std::ostringstream out_;
@@ -51,7 +52,7 @@ class PanelWindowTest : public QObject {
         o.sim = true;
         o.tracePath = tracePath().toStdString();
         clock_ = std::make_unique<SystemClock>();
-        prompts_ = std::make_unique<cli::ScriptPrompts>(out_, std::deque<std::string>{});
+        prompts_ = std::make_unique<LoggedPrompts>(out_, std::deque<std::string>{});
         host_ = std::make_unique<cli::SessionHost>(o, *prompts_, *clock_, out_);
         form().load();
         form().show();
