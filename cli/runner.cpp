@@ -37,6 +37,8 @@ constexpr const char* kUsage =
     "  --sim-lock BYTE         simulated reply to \"Y9\", decimal or 0x-hex (default 0)\n"
     "  --sim-fault NAME[=N]    make the simulated driver fail (repeatable): open close cycle\n"
     "                          timeouts usbparams latency flow purge write silent chunk\n"
+    "  --driver NAME           the USB driver: auto (default), libftdi or d2xx\n"
+    "  --coalesce              join the frames of one plan upload into few driver writes\n"
     "  --trace FILE            write the wire trace to FILE\n"
     "  --dialog PATH           answer of the next file-open dialog (repeatable)\n"
     "  --find                  find the instrument (as FND) before the call or script;\n"
@@ -76,7 +78,7 @@ Options parseOptions(const std::vector<std::string>& args, const ExtraOption& ex
             inlineValue = a.substr(eq + 1);
             a = a.substr(0, eq);
         }
-        if ((a == "--help" || a == "--sim") && inlineValue) {
+        if ((a == "--help" || a == "--sim" || a == "--coalesce") && inlineValue) {
             throw UsageError{a + " takes no value"};
         }
         if (a == "--help") {
@@ -110,6 +112,12 @@ Options parseOptions(const std::vector<std::string>& args, const ExtraOption& ex
                 throw UsageError{error};
             }
             o.simOptionSeen = true;
+        } else if (a == "--driver") {
+            o.driver = value(a);
+            if (o.driver != "auto" && o.driver != "libftdi" && o.driver != "d2xx")
+                throw UsageError{"--driver takes auto, libftdi or d2xx"};
+        } else if (a == "--coalesce") {
+            o.coalesce = true;
         } else if (a == "--trace") {
             o.tracePath = value(a);
         } else if (a == "--dialog") {

@@ -28,6 +28,8 @@ struct Options {
     bool simOptionSeen = false;
     sim::Config simConfig;
     std::string tracePath;
+    std::string driver = "auto";  // --driver: auto, libftdi or d2xx (ignored with --sim)
+    bool coalesce = false;        // --coalesce: join the frames of one upload into few writes
     std::deque<std::string> dialogs;
     std::optional<std::string> scriptPath;
     std::vector<std::string> call;  // CALL and its ARG words

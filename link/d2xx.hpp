@@ -8,6 +8,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace synthor::d2xx {
 
@@ -32,6 +34,13 @@ inline constexpr std::uint32_t PurgeRx = 1;
 inline constexpr std::uint32_t PurgeTx = 2;
 inline constexpr std::uint16_t FlowRtsCts = 0x0100;
 
+// One device a driver can see, as `synthor --list` shows it.
+struct DeviceInfo {
+    std::string description;
+    std::string serial;
+    std::string driver;  // "sim", "d2xx", "libftdi"
+};
+
 struct DriverTable {
     // FT_OpenEx: `arg` is the description or serial number text, `flags` says which.
     std::function<Status(const char* arg, std::uint32_t flags, Handle* handle)> openEx;
@@ -46,6 +55,9 @@ struct DriverTable {
         write;
     std::function<Status(Handle, void* data, std::uint32_t count, std::uint32_t* received)> read;
     std::function<Status(Handle, std::uint32_t mask)> purge;
+    // The devices the driver can see, whether or not they are open; optional: a table without it
+    // lists nothing. Not part of the wire trace.
+    std::function<Status(std::vector<DeviceInfo>& devices)> listDevices;
 };
 
 }  // namespace synthor::d2xx

@@ -45,6 +45,7 @@ d2xx::DriverTable traced(d2xx::DriverTable inner, const TraceSink& sink) {
     using d2xx::Status;
     auto in = std::make_shared<d2xx::DriverTable>(std::move(inner));
     d2xx::DriverTable t;
+    t.listDevices = in->listDevices;
     t.openEx = [in, sink](const char* arg, std::uint32_t flags, Handle* h) {
         const Status s = in->openEx(arg, flags, h);
         sink("FT_OpenEx " + quotedText(arg ? arg : "") + " " + std::to_string(flags) + status(s));

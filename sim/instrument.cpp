@@ -167,6 +167,10 @@ d2xx::DriverTable Instrument::driverTable() {
         return read(h, data, count, received);
     };
     t.purge = [this](Handle h, std::uint32_t mask) { return purge(h, mask); };
+    t.listDevices = [this](std::vector<d2xx::DeviceInfo>& devices) {
+        devices.push_back({kDeviceDescription, state_->config.usbSerial, "sim"});
+        return d2xx::Ok;
+    };
     return t;
 }
 
