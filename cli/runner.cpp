@@ -11,6 +11,7 @@
 #include "automation/synthor_01_vexa.hpp"
 #include "cli/progress_bar.hpp"
 #include "cli/script.hpp"
+#include "cli/serve.hpp"
 #include "cli/session_host.hpp"
 #include "link/driver_library.hpp"
 #include "link/trace.hpp"
@@ -325,6 +326,7 @@ SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::
             };
         }
     }
+    if (o.wrapDriver) table = o.wrapDriver(std::move(table));
     if (!o.tracePath.empty()) {
         trace_ = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
         if (!*trace_) throw UsageError{"cannot write the trace file " + o.tracePath};
@@ -346,6 +348,8 @@ void runScript(SessionHost& host, std::istream& script, std::ostream& out, std::
 
 int run(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
         std::ostream& err) {
+    if (!args.empty() && args[0] == "serve")
+        return runServe(std::vector<std::string>(args.begin() + 1, args.end()), out, err);
     try {
         bool find = false;
         const Options o = parseOptions(args, [&](const std::string& name, const auto&) {

@@ -34,6 +34,8 @@ struct Options {
     std::optional<std::string> scriptPath;
     std::vector<std::string> call;  // CALL and its ARG words
     bool help = false;
+    // Wraps the driver table before the session takes it (the server's link watch).
+    std::function<d2xx::DriverTable(d2xx::DriverTable)> wrapDriver;
 };
 
 // Takes an option the tool does not know: `value()` reads its value. Returns false when the

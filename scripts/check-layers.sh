@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Fails when an include climbs back up the layer order: a folder may include only its own layer
 # and the layers below it. The order, lowest first (the README's "Layout" says the same):
-layers=(runtime link frames calibration encoding form session plans panel automation)
+layers=(runtime link frames calibration encoding form session plans panel automation scpi)
 # Front ends sit on top and may include any layer; the simulated instrument sits beside the
 # library over the link; the image exporter needs only the runtime.
 front_ends=(cli qt panel/win32 automation/com)
