@@ -913,6 +913,9 @@ void Engine::Impl::run(const Unit& u, ClientState& client, std::vector<std::stri
     }
     prompts.boxes.clear();
     const std::uint64_t failed = health.failures();
+    const Generator before = g;
+    const Running wasRunning = running;
+    const bool wasLost = lost;
     bool reported = false;
     Call call{u, client};
     try {
@@ -943,6 +946,11 @@ void Engine::Impl::run(const Unit& u, ClientState& client, std::vector<std::stri
     if (health.failures() != failed && !(reported && lost)) {
         lost = true;
         client.report(err::Hardware, "the instrument did not take the command");
+    }
+    // A command the instrument failed leaves the settings as they were.
+    if (lost && !wasLost) {
+        g = before;
+        running = wasRunning;
     }
 }
 

@@ -56,6 +56,7 @@ class Server {
             return 1;
         }
         out << "listening on " << acceptor_.local_endpoint() << std::endl;
+        if (options.ready) options.ready(acceptor_.local_endpoint().port(), [this] { io.stop(); });
         signals_.async_wait([this](const asio::error_code&, int) { io.stop(); });
         if (options.plug) {
             plugSignals_.add(SIGUSR1);
