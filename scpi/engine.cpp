@@ -1,9 +1,9 @@
 #include "scpi/engine.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <array>
 #include <atomic>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -190,7 +190,8 @@ bool mnemonicMatches(std::string_view pattern, std::string_view word) {
     std::string shortForm, longForm;
     for (const char c : pattern) {
         longForm += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-        if (std::isupper(static_cast<unsigned char>(c)) || std::isdigit(static_cast<unsigned char>(c)))
+        if (std::isupper(static_cast<unsigned char>(c)) ||
+            std::isdigit(static_cast<unsigned char>(c)))
             shortForm += c;
     }
     return word == shortForm || word == longForm;
@@ -280,8 +281,8 @@ struct Engine::Impl {
         prompts.boxes.clear();
         const std::uint64_t failed = health.failures();
         object.FND();
-        bool ok = s.link.InstrumentFound == kTrue && prompts.boxes.empty() &&
-                  health.failures() == failed;
+        bool ok =
+            s.link.InstrumentFound == kTrue && prompts.boxes.empty() && health.failures() == failed;
         if (ok) {
             s.link.WriteUSB("V");
             firmware = s.link.ReadUSB(3);
@@ -372,7 +373,8 @@ struct Engine::Impl {
     }
 
     void stopModulation(const Generator& n) {
-        sig("FM", {n.freq / 1e6, 0.0, static_cast<float>(n.power), std::string(), std::string("OFF")});
+        sig("FM",
+            {n.freq / 1e6, 0.0, static_cast<float>(n.power), std::string(), std::string("OFF")});
     }
 
     void setOutput(bool on) {
@@ -530,8 +532,8 @@ double toNumber(const Param& p, const Range& r, bool bounds = true) {
         v *= *scale;
     }
     if (bounds && !(v >= r.min - 1e-9 * std::fabs(r.min) && v <= r.max + 1e-9 * std::fabs(r.max)))
-        throw Error{err::OutOfRange,
-                    formatNumber(v) + " outside " + formatNumber(r.min) + " to " + formatNumber(r.max)};
+        throw Error{err::OutOfRange, formatNumber(v) + " outside " + formatNumber(r.min) + " to " +
+                                         formatNumber(r.max)};
     return std::clamp(v, r.min, r.max);
 }
 
@@ -710,10 +712,12 @@ std::string selfTest(Impl& e, Call& c) {
 const std::vector<Command>& commands() {
     static const std::vector<Command> table = {
         {"*IDN", nullptr, [](Impl& e, Call& c) { return noParams(c, e.identity()); }},
-        {"*RST", [](Impl& e, Call& c) {
+        {"*RST",
+         [](Impl& e, Call& c) {
              wantCount(c, 0);
              e.reset();
-         }, nullptr},
+         },
+         nullptr},
         {"*CLS",
          [](Impl&, Call& c) {
              wantCount(c, 0);
@@ -734,7 +738,8 @@ const std::vector<Command>& commands() {
          [](Impl&, Call& c) { return noParams(c, std::to_string(c.client.sre & ~0x40)); }},
         {"*STB", nullptr,
          [](Impl&, Call& c) { return noParams(c, std::to_string(c.client.statusByte())); }},
-        {"*OPC", [](Impl&, Call& c) {
+        {"*OPC",
+         [](Impl&, Call& c) {
              wantCount(c, 0);
              c.client.esr |= esr::OperationComplete;
          },
@@ -762,7 +767,9 @@ const std::vector<Command>& commands() {
         {"[SOURce]:FREQuency[:CW|FIXed]", setFreq,
          [](Impl& e, Call& c) { return numberQuery(c, e.g.freq, kFreq); }},
         {"[SOURce]:POWer:MODE",
-         [](Impl& e, Call& c) { e.g.powerList = choice(c, {"FIXed", "LIST"}) == 1; },
+         [](Impl& e, Call& c) {
+             e.g.powerList = choice(c, {"FIXed", "LIST"}) == 1;
+         },
          [](Impl& e, Call& c) { return noParams(c, e.g.powerList ? "LIST" : "FIX"); }},
         {"[SOURce]:POWer[:LEVel][:IMMediate][:AMPLitude]", setPower,
          [](Impl& e, Call& c) { return numberQuery(c, e.g.power, kPower); }},
@@ -817,17 +824,22 @@ const std::vector<Command>& commands() {
          },
          [](Impl& e, Call& c) { return noParams(c, e.g.slopeNeg ? "NEG" : "POS"); }},
         {"TRIGger[:SEQuence]:TYPE",
-         [](Impl& e, Call& c) { e.g.stepTrig = choice(c, {"SWEep", "POINt"}) == 1; },
+         [](Impl& e, Call& c) {
+             e.g.stepTrig = choice(c, {"SWEep", "POINt"}) == 1;
+         },
          [](Impl& e, Call& c) { return noParams(c, e.g.stepTrig ? "POIN" : "SWE"); }},
-        {"INITiate[:IMMediate]", [](Impl& e, Call& c) {
+        {"INITiate[:IMMediate]",
+         [](Impl& e, Call& c) {
              wantCount(c, 0);
              e.initiate();
          },
          nullptr},
-        {"ABORt", [](Impl& e, Call& c) {
+        {"ABORt",
+         [](Impl& e, Call& c) {
              wantCount(c, 0);
              e.abort();
-         }, nullptr},
+         },
+         nullptr},
     };
     return table;
 }
@@ -847,8 +859,7 @@ bool matchNodes(const std::vector<Node>& nodes, std::size_t pi, const std::vecto
             word = word.substr(0, digits + 1);
         }
         for (const std::string& alt : n.alternatives) {
-            if (mnemonicMatches(alt, word) &&
-                matchNodes(nodes, pi + 1, w, wi + 1, suffixError)) {
+            if (mnemonicMatches(alt, word) && matchNodes(nodes, pi + 1, w, wi + 1, suffixError)) {
                 if (!suffix.empty() && suffix != "1") suffixError = err::HeaderSuffix;
                 return true;
             }

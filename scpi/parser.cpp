@@ -172,11 +172,13 @@ class Scanner {
             ++i_;
         const std::string_view digits = s_.substr(start, i_ - start);
         std::uint64_t v = 0;
-        const auto [end, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), v, radix);
+        const auto [end, ec] =
+            std::from_chars(digits.data(), digits.data() + digits.size(), v, radix);
         if (digits.empty() || end != digits.data() + digits.size())
             throw Failure{err::Syntax, "bad non-decimal number"};
         Param p;
-        p.value = ec == std::errc() ? static_cast<double>(v) : std::numeric_limits<double>::infinity();
+        p.value =
+            ec == std::errc() ? static_cast<double>(v) : std::numeric_limits<double>::infinity();
         return p;
     }
 
@@ -196,9 +198,12 @@ class Scanner {
             }
         }
         if (digits == 0) throw Failure{err::Syntax, "a number needs digits"};
-        // An exponent: E, optional blanks and sign, digits. "E" alone may start a suffix.
-        if (peek() == 'e' || peek() == 'E') {
-            std::size_t j = i_ + 1;
+        // An exponent: blanks, E, blanks, sign, digits. An "E" without digits starts a suffix.
+        std::size_t ex = i_;
+        while (ex < s_.size() && isSpace(s_[ex]))
+            ++ex;
+        if (ex < s_.size() && (s_[ex] == 'e' || s_[ex] == 'E')) {
+            std::size_t j = ex + 1;
             while (j < s_.size() && isSpace(s_[j]))
                 ++j;
             if (j < s_.size() && (s_[j] == '+' || s_[j] == '-')) ++j;

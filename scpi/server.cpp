@@ -40,8 +40,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 class Server {
   public:
     Server(Engine& e, const ServerOptions& o)
-        : engine(e), options(o), acceptor_(io), signals_(io, SIGINT, SIGTERM),
-          plugSignals_(io) {}
+        : engine(e), options(o), acceptor_(io), signals_(io, SIGINT, SIGTERM), plugSignals_(io) {}
 
     int run(std::ostream& out, std::ostream& err) {
         try {

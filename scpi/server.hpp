@@ -18,7 +18,7 @@ struct ServerOptions {
     std::string address = "127.0.0.1";
     std::uint16_t port = 5025;  // 0: any free port, printed when listening
     std::size_t maxClients = 16;
-    std::size_t maxLine = 1 << 20;        // longer lines are discarded with -363
+    std::size_t maxLine = 1 << 20;           // longer lines are discarded with -363
     std::size_t maxUnreadAnswers = 1 << 20;  // beyond this, answers are dropped with -410
     // Called after every line with the engine idle (the wire trace's flush).
     std::function<void()> afterLine;
