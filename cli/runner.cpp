@@ -28,6 +28,7 @@ namespace {
 constexpr const char* kUsage =
     "usage: synthor [OPTION]... CALL [ARG]...\n"
     "       synthor [OPTION]... --script FILE      (FILE \"-\" reads standard input)\n"
+    "       synthor serve [OPTION]... [--listen ADDRESS] [--port N]   (the SCPI server)\n"
     "\n"
     "options:\n"
     "  --sim                   use the built-in simulated instrument\n"

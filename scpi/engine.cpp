@@ -4,8 +4,8 @@
 #include <array>
 #include <atomic>
 #include <cctype>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <functional>
 #include <numbers>
 #include <span>
@@ -169,11 +169,16 @@ std::optional<double> suffixScale(std::string_view s, Dim dim) {
     return std::nullopt;
 }
 
+// Shortest form to 15 significant digits, in any locale: "1500000000", "-0.5", "2.6E-05".
 std::string formatNumber(double v) {
     if (v == 0.0) v = 0.0;  // no "-0"
     std::array<char, 40> buf{};
-    std::snprintf(buf.data(), buf.size(), "%.15G", v);
-    return buf.data();
+    const auto r =
+        std::to_chars(buf.data(), buf.data() + buf.size(), v, std::chars_format::general, 15);
+    std::string s(buf.data(), r.ptr);
+    for (char& c : s)
+        if (c == 'e') c = 'E';
+    return s;
 }
 
 std::string join(const std::vector<double>& values) {

@@ -13,6 +13,7 @@ packages=(
     qt6-base-dev qt6-image-formats-plugins      # the Linux control panel
     locales                                     # a decimal-comma locale for the parsing tests
     qt6-base-dev qt6-image-formats-plugins fonts-wine  # the Qt panel, its image writers and font
+    libasio-dev python3-pytest python3-pyvisa python3-pyvisa-py python3-pymeasure python3-mypy  # SCPI server
 )
 
 # The number-parsing tests run once under a decimal-comma locale.

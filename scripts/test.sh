@@ -21,6 +21,9 @@ cmake -S . -B build -G Ninja >/dev/null
 cmake --build build -j2
 ctest --test-dir build --output-on-failure -j2
 
+step "SCPI server's Python module (mypy --strict; its tests run in ctest)"
+MYPYPATH=python /usr/bin/python3 -m mypy --strict --cache-dir=/dev/null python/synthor/scpi.py
+
 step "clang-tidy (bugprone, performance)"
 git ls-files '*.cpp' | grep -v '^tests/\|^fuzz/\|^bench/\|/com/\|/win32/\|/gdiplus/' |
     xargs -P2 -n8 clang-tidy -p build --quiet 2>/dev/null | tee build/tidy.txt

@@ -234,6 +234,7 @@ def test_long_lines(server):
 def test_instrument_vanishes_and_returns(server, visa):
     assert visa.query("OUTP ON;*OPC?") == "1"
     server.signal(signal.SIGUSR1)  # the simulated instrument is unplugged
+    time.sleep(0.5)  # the signal is taken between two lines
     visa.write("FREQ 2 GHZ")
     assert visa.query("SYST:ERR?").startswith("-240,")
     visa.write("FREQ 3 GHZ")  # looked for again at most once a second
