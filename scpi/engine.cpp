@@ -49,7 +49,7 @@ void LinkHealth::setUnplugged(bool unplugged) {
     state_->unplugged = unplugged;
 }
 
-d2xx::DriverTable LinkHealth::wrap(d2xx::DriverTable inner) {
+d2xx::DriverTable LinkHealth::wrap(const d2xx::DriverTable& inner) {
     auto st = state_;
     // Each call fails while unplugged; a failure of the driver itself is counted.
     auto guard = [st](d2xx::Status gone, auto&& call) -> d2xx::Status {
@@ -269,7 +269,8 @@ struct Engine::Impl {
     enum class Running { None, FreqSweep, LevelSweep } running = Running::None;
     bool lost = true;
     std::optional<Clock::time_point> lastFind;
-    std::string firmware;
+    std::string firmware;     // the "V" reply at the last find
+    std::int16_t serial = 0;  // the serial number at the last find
     std::function<void()> afterCommand;
     std::vector<std::string> path;  // the header path of the last command in this message
 
@@ -294,6 +295,7 @@ struct Engine::Impl {
             while (!firmware.empty() && firmware.back() == ' ')
                 firmware.pop_back();
             ok = !firmware.empty();
+            if (ok) serial = s.SerialNumber;
         }
         lost = !ok;
         prompts.boxes.clear();
@@ -500,9 +502,8 @@ struct Engine::Impl {
     }
 
     std::string identity() const {
-        return std::string(kMaker) + ',' + std::string(kModel) + ',' +
-               std::to_string(s.SerialNumber) + ',' + (firmware.empty() ? "0" : firmware) + '/' +
-               object.DLLVer();
+        return std::string(kMaker) + ',' + std::string(kModel) + ',' + std::to_string(serial) +
+               ',' + (firmware.empty() ? "0" : firmware) + '/' + object.DLLVer();
     }
 
     // --- running a line

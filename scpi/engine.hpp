@@ -40,7 +40,7 @@ class ServerPrompts final : public Prompts {
 class LinkHealth {
   public:
     LinkHealth();
-    d2xx::DriverTable wrap(d2xx::DriverTable inner);
+    d2xx::DriverTable wrap(const d2xx::DriverTable& inner);
     std::uint64_t failures() const;
     void setUnplugged(bool unplugged);
 

@@ -22,7 +22,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   private:
     void read();
     void consume(const char* p, std::size_t n);
-    void send(std::string answer);
+    void send(const std::string& answer);
     void flush();
     void close();
 
@@ -149,7 +149,7 @@ void Connection::consume(const char* p, std::size_t n) {
         } else {
             std::optional<std::string> answer = server_.engine.execute(line_, state_);
             if (server_.options.afterLine) server_.options.afterLine();
-            if (answer) send(std::move(*answer += '\n'));
+            if (answer) send(*answer += '\n');
         }
         line_.clear();
         p = nl + 1;
@@ -159,7 +159,7 @@ void Connection::consume(const char* p, std::size_t n) {
 
 // Answers wait while the client does not read; past the bound they are dropped, never
 // piling up.
-void Connection::send(std::string answer) {
+void Connection::send(const std::string& answer) {
     if (writing_.size() + queued_.size() + answer.size() > server_.options.maxUnreadAnswers) {
         state_.report(err::QueryInterrupted, "answer dropped: the client does not read");
         return;
