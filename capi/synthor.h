@@ -53,15 +53,17 @@
 extern "C" {
 #endif
 
-/* Statuses. */
+/* Statuses. SYNTHOR_ERR_RAISED: the call raised a runtime error (error number, description).
+ * SYNTHOR_ERR_UNKNOWN_CALL: no call of that name in this build. SYNTHOR_ERR_REFUSED: the call
+ * did nothing (a panel control that does not exist, Sim.Output without the simulated
+ * instrument). SYNTHOR_ERR_BAD_ARGUMENT: misuse (a null pointer, an unknown driver, a bad
+ * simulator setting, a trace file that cannot be written, a plan of fewer than 2 or more than
+ * 9001 points, a call from inside one of the session's own callbacks). */
 #define SYNTHOR_OK 0
-#define SYNTHOR_ERR_RAISED 1       /* the call raised a runtime error: error number, description */
-#define SYNTHOR_ERR_UNKNOWN_CALL 2 /* no call of that name in this build */
-#define SYNTHOR_ERR_REFUSED 3      /* the call did nothing: a panel control that does not exist,
-                                      Sim.Output without the simulated instrument */
-#define SYNTHOR_ERR_BAD_ARGUMENT 4 /* misuse: a null pointer, an unknown driver, a bad simulator
-                                      setting, a trace file that cannot be written, a plan of
-                                      fewer than 2 or more than 9001 points, a re-entrant call */
+#define SYNTHOR_ERR_RAISED 1
+#define SYNTHOR_ERR_UNKNOWN_CALL 2
+#define SYNTHOR_ERR_REFUSED 3
+#define SYNTHOR_ERR_BAD_ARGUMENT 4
 
 /* What went wrong. `number` is the runtime error's number for SYNTHOR_ERR_RAISED, else 0. */
 typedef struct synthor_error {
@@ -91,12 +93,12 @@ typedef struct synthor_value {
 /* A call's result. Free it with synthor_result_free (also after a failed call: it is then
  * empty, and freeing it is harmless). */
 typedef struct synthor_result {
-    int type;         /* SYNTHOR_TEXT, SYNTHOR_INT16 (FND, FNDSN, panel flags) or SYNTHOR_EMPTY */
-    int32_t integer;  /* the value for SYNTHOR_INT16 */
-    char* text;       /* the result as the command-line tool prints it ("OK", "1234"); "" when
-                         empty; never NULL after a call that returned SYNTHOR_OK */
-    char* messages;   /* the message-box and dialog lines of the call, each ending in "\n"; NULL
-                         when there were none */
+    int type;        /* SYNTHOR_TEXT, SYNTHOR_INT16 (FND, FNDSN, panel flags) or SYNTHOR_EMPTY */
+    int32_t integer; /* the value for SYNTHOR_INT16 */
+    char* text;      /* the result as the command-line tool prints it ("OK", "1234"); "" when
+                        empty; never NULL after a call that returned SYNTHOR_OK */
+    char* messages;  /* the message-box and dialog lines of the call, each ending in "\n"; NULL
+                        when there were none */
 } synthor_result;
 
 /* Progress of the calibration load inside FND/FNDSN (and the panel's start-up), 0 to 100. */
@@ -154,9 +156,8 @@ SYNTHOR_API void synthor_close(synthor_session* session);
  * Panel.Get, Panel.Value, Panel.Bold, Panel.Enabled, Panel.Status, Panel.Load, Panel.Close) or
  * Sim.Output. `args` holds `count` arguments (NULL when 0); a method given fewer than it takes
  * gets the rest as missing, more than it takes raises 450. `result` may be NULL. */
-SYNTHOR_API int synthor_call(synthor_session* session, const char* name,
-                             const synthor_value* args, size_t count, synthor_result* result,
-                             synthor_error* error);
+SYNTHOR_API int synthor_call(synthor_session* session, const char* name, const synthor_value* args,
+                             size_t count, synthor_result* result, synthor_error* error);
 
 /* Frees what a result holds and empties it. NULL is ignored. */
 SYNTHOR_API void synthor_result_free(synthor_result* result);
