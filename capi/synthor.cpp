@@ -61,7 +61,7 @@ void fill(synthor_error* error, int number, std::string_view text) {
     if (!error) return;
     error->number = number;
     const std::size_t n = std::min(text.size(), sizeof error->description - 1);
-    std::memcpy(error->description, text.data(), n);
+    if (n > 0) std::memcpy(error->description, text.data(), n);
     error->description[n] = '\0';
 }
 
@@ -91,7 +91,7 @@ int guarded(synthor_error* error, Body&& body) noexcept {
 char* copyText(std::string_view text) {
     auto* copy = static_cast<char*>(std::malloc(text.size() + 1));
     if (!copy) throw std::bad_alloc();
-    std::memcpy(copy, text.data(), text.size());
+    if (!text.empty()) std::memcpy(copy, text.data(), text.size());
     copy[text.size()] = '\0';
     return copy;
 }
