@@ -46,3 +46,18 @@ install(CODE "
     message(STATUS \"Installing: \${_link} -> ${_lib_from_package}\")
     file(CREATE_LINK \"${_lib_from_package}\" \"\${_link}\" SYMBOLIC)
 ")
+
+# `cpack -G DEB` in the build folder: one .deb of all of the above, installed under /usr.
+set(CPACK_PACKAGE_NAME synthor)
+set(CPACK_PACKAGE_VERSION 1.0.0)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
+    "Automation library, tool, panel and Python package for the VexaSource synthesizer")
+set(CPACK_PACKAGE_CONTACT "Synthor team <synthor@localhost>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS python3)
+set(CPACK_DEBIAN_PACKAGE_SECTION electronics)
+set(CPACK_STRIP_FILES ON)
+include(CPack)
