@@ -232,11 +232,13 @@ class Synthesizer:
         raise refusal(f"{result} ({detail})" if detail else result)
 
     def _find(self, serial: Optional[str]) -> None:
-        found = self.com.FND() if serial is None else self.com.FNDSN(serial)
+        # The serial number FND answers may be 0 for a found instrument (a blank identity); the
+        # library's found flag tells.
+        self.com.FND() if serial is None else self.com.FNDSN(serial)
         state = self._native.state()
         if state.no_response:
             raise NoResponseError("the instrument did not answer")
-        if not state.instrument_found or found == 0:
+        if not state.instrument_found:
             where = "" if serial is None else f" with USB serial {serial!r}"
             raise NotConnectedError(f"no instrument found{where}")
 
@@ -559,7 +561,7 @@ def open(serial: Optional[str] = None, *, driver: str = "auto",
 
     driver: "auto", "sim", "d2xx" or "libftdi"; with "auto", `sim` chooses the simulator.
     sim: the simulator's settings: usb_serial, lock (0..255), status (a character), version,
-    eeprom (a 65536-byte file), faults (a list of fault settings, as the tool's --sim-fault).
+    eeprom (a 65536-byte file, or its bytes), faults (a list of fault settings, as the tool's --sim-fault).
     trace: a file for the wire trace. progress: called with 0..100 while calibration loads.
     coalesce: join the frames of one plan upload into few driver writes.
     """

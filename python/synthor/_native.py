@@ -7,6 +7,7 @@ import ctypes
 import ctypes.util
 import os
 import sys
+import tempfile
 import threading
 from pathlib import Path
 from typing import Callable, Iterable, Optional, Union
@@ -274,6 +275,28 @@ def doubles(values: list[float]) -> "ctypes.Array[ctypes.c_double]":
     return (ctypes.c_double * len(values))(*values)
 
 
+class _TemporaryFile:
+    """A file that is removed when the last reference to it goes."""
+
+    def __init__(self, data: bytes) -> None:
+        handle, self.path = tempfile.mkstemp(prefix="synthor-eeprom-")
+        with os.fdopen(handle, "wb") as f:
+            f.write(data)
+
+    def __del__(self) -> None:
+        try:
+            os.unlink(self.path)
+        except OSError:
+            pass
+
+
+def _eeprom_file(data: bytes, keep: list[object]) -> str:
+    """An EEPROM image given as bytes, as the file the library reads it from."""
+    file = _TemporaryFile(data)
+    keep.append(file)
+    return file.path
+
+
 def options(driver: str, sim: Optional[dict[str, object]], trace: Optional[str],
             coalesce: bool, progress: Optional[Callable[[float], None]],
             keep: list[object], failures: Optional[list[BaseException]] = None) -> Options:
@@ -285,8 +308,11 @@ def options(driver: str, sim: Optional[dict[str, object]], trace: Optional[str],
         s = SimSettings()
         text = {"usb_serial": "usb_serial", "eeprom": "eeprom_path", "version": "version"}
         for key, field in text.items():
-            if sim.get(key) is not None:
-                value = os.fsencode(str(sim[key]))
+            given = sim.get(key)
+            if isinstance(given, (bytes, bytearray)) and key == "eeprom":
+                given = _eeprom_file(bytes(given), keep)
+            if given is not None:
+                value = os.fsencode(str(given))
                 keep.append(value)
                 setattr(s, field, value)
         if sim.get("status") is not None:
