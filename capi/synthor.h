@@ -21,7 +21,8 @@
  * Each one (and any problem a result cannot tell, such as why a plan file was refused) becomes
  * one line, as the command-line tool prints it: `msgbox STYLE "TITLE" "TEXT"`, `dialog cancel`.
  * The lines a call produced are in its result (synthor_result.messages) and are also passed to
- * the options' message callback, one line per call, after the call and outside the lock.
+ * the options' message callback, one callback per line, once the call is over and outside
+ * the lock (on the calling thread).
  *
  * Memory: text passed in is read during the call only. Buffers the library returns belong to
  * the caller until freed with the matching function (synthor_result_free,
