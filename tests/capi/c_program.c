@@ -6,6 +6,12 @@
 #include "synthor.h"
 
 static int failures = 0;
+static int messageLines = 0;
+
+static void onMessage(void* user, const char* line) {
+    (void)user;
+    if (strncmp(line, "msgbox ", 7) == 0) ++messageLines;
+}
 
 #define CHECK(cond)                                                            \
     do {                                                                       \
@@ -61,6 +67,7 @@ int main(void) {
     memset(&options, 0, sizeof options);
     sim.usb_serial = "CPROG01";
     options.sim = &sim;
+    options.message = onMessage;
 
     CHECK(strcmp(synthor_version(), "1.0.0") == 0);
     CHECK(synthor_open(&options, &s, &error) == SYNTHOR_OK && s != NULL);
@@ -95,6 +102,7 @@ int main(void) {
     CHECK(synthor_call(s, "SetSigGen", args, 6, &r, &error) == SYNTHOR_OK);
     CHECK(r.text && strcmp(r.text, "Error. Invalid frequency value.") == 0);
     CHECK(r.messages && strncmp(r.messages, "msgbox ", 7) == 0);
+    CHECK(messageLines == 1);
     synthor_result_free(&r);
     synthor_result_free(&r); /* harmless twice */
 
