@@ -12,6 +12,7 @@ packages=(
     xvfb xauth xdotool imagemagick              # windows on a virtual screen, pictures of them
     qt6-base-dev qt6-image-formats-plugins      # the Linux control panel
     locales                                     # a decimal-comma locale for the parsing tests
+    python3-pytest mypy python3-setuptools python3-pip  # the Python package, its tests and checks
     qt6-base-dev qt6-image-formats-plugins fonts-wine  # the Qt panel, its image writers and font
 )
 

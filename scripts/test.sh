@@ -21,6 +21,10 @@ cmake -S . -B build -G Ninja >/dev/null
 cmake --build build -j2
 ctest --test-dir build --output-on-failure -j2
 
+step "Python package over libsynthor (pytest, mypy --strict)"
+SYNTHOR_BUILD="$PWD/build" /usr/bin/python3 -m pytest -q -p no:cacheprovider tests/python
+(cd python && mypy --strict synthor)
+
 step "clang-tidy (bugprone, performance)"
 git ls-files '*.cpp' | grep -v '^tests/\|^fuzz/\|^bench/\|/com/\|/win32/\|/gdiplus/' |
     xargs -P2 -n8 clang-tidy -p build --quiet 2>/dev/null | tee build/tidy.txt
