@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "automation/synthor_01_vexa.hpp"
+#include "cli/calls.hpp"
 #include "cli/progress_bar.hpp"
 #include "cli/script.hpp"
 #include "cli/serve.hpp"
@@ -185,73 +186,10 @@ class Runner {
 
   private:
     bool dispatch(const ScriptCall& c, const std::string& where) {
-        const std::string name = lcase(c.name);
-        if (name == "sim.output") {
-            if (!host_.instrument()) {
-                err_ << "synthor: " << where << "Sim.Output needs --sim\n";
-                return true;
-            }
-            out_ << host_.instrument()->describeOutput();
-            return true;
-        }
-        if (name.rfind("panel.", 0) == 0) {
-            panelCall(name.substr(6), c, where);
-            return true;
-        }
-        const AutomationMethod* m = findAutomationMethod(c.name);
-        if (!m) {
-            err_ << "synthor: " << where << "unknown call " << c.name << '\n';
-            return false;
-        }
-        if (!m->invoke) {
-            err_ << "synthor: " << where << m->name << " is not available in this build\n";
-            return false;
-        }
-        const auto n = static_cast<int>(c.args.size());
-        if (n < m->minArgs || n > m->maxArgs) raise(errnum::WrongArgCount);
-        std::vector<Variant> args = c.args;
-        args.resize(static_cast<std::size_t>(m->maxArgs), Missing{});
-        out_ << toText(m->invoke(host_.object(), args)) << '\n';
-        return true;
-    }
-
-    // The headless panel: Set/Click/Select/Load/Close act and print nothing of their own;
-    // Get/Value/Bold/Enabled/Status print the control's state.
-    void panelCall(const std::string& action, const ScriptCall& c, const std::string& where) {
-        panel::FreqGen2& form = host_.session().panel;
-        const auto arg = [&](std::size_t i) { return i < c.args.size() ? toText(c.args[i]) : ""; };
-        const auto complain = [&](const std::string& what) {
-            err_ << "synthor: " << where << c.name << ": " << what << '\n';
-        };
-        if (action == "load") return form.load();
-        if (action == "close") return form.close();
-        if (action == "status") {
-            if (c.args.empty()) return complain("needs a panel number");
-            out_ << form.status(toInteger(c.args[0])) << '\n';
-            return;
-        }
-        const std::string control = arg(0);
-        if (action == "set") {
-            if (!form.typeText(control, arg(1))) complain("no text box named " + control);
-            return;
-        }
-        if (action == "click") {
-            if (!form.click(control)) complain("nothing to click named " + control);
-            return;
-        }
-        if (action == "select") {
-            if (!form.choose(control)) complain("no option button named " + control);
-            return;
-        }
-        const panel::Control* found = form.find(control);
-        const bool reads =
-            action == "get" || action == "value" || action == "bold" || action == "enabled";
-        if (!reads) return complain("unknown panel call");
-        if (!found) return complain("no control named " + control);
-        if (action == "get") out_ << found->text() << '\n';
-        if (action == "value") out_ << (found->value() ? 1 : 0) << '\n';
-        if (action == "bold") out_ << (found->bold() ? 1 : 0) << '\n';
-        if (action == "enabled") out_ << (found->enabled() ? 1 : 0) << '\n';
+        const CallOutcome o = runCall(host_, c);
+        if (!o.problem.empty()) err_ << "synthor: " << where << o.problem << '\n';
+        if (!std::holds_alternative<std::monostate>(o.result)) out_ << toText(o.result) << '\n';
+        return o.status == CallOutcome::Status::Done;
     }
 
     std::ostream& out_;
@@ -327,6 +265,7 @@ SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::
             };
         }
     }
+    listDevices_ = table.listDevices;
     if (o.wrapDriver) table = o.wrapDriver(std::move(table));
     if (!o.tracePath.empty()) {
         trace_ = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);

@@ -42,7 +42,7 @@ double roundTo10Hz(double hz) {
 }
 
 // Leaves modulation off and restarts the mode panel 1 named before.
-void resumeAfterCarrier(PanelContext& c, const std::string& kept) {
+void resumeAfterCarrier(PanelContext& c, std::string_view kept) {
     c.form.select("Option1");
     c.form.select("Option10");
     resumeMode(c, kept);
@@ -107,7 +107,9 @@ void setPhase(PanelContext& c, int direction) {
     const double mhz = number(c, "Text1");
     if (mhz > kPhaseBandFloorMHz) word = bandScaledPhaseWord(word, std::fabs(mhz));
     send(c.s, phaseFrame(word));
-    resumeAfterCarrier(c, c.form.status(statuspanel::Mode));
+    // A copy: turning modulation off rewrites panel 1 before the mode is resumed.
+    const std::string kept = c.form.status(statuspanel::Mode);
+    resumeAfterCarrier(c, kept);
 }
 
 }  // namespace

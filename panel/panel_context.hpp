@@ -20,7 +20,6 @@ struct PanelContext {
     Session& s;
     FreqGen2& form;
     EepromData eeprom;
-    bool triggerRunning = false;  // a trigger option's handler is sending; its mirror only selects
 };
 
 // The leading number of a box's text (0 for none).

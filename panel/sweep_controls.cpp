@@ -213,18 +213,12 @@ const StopButton& stopButton(std::string_view name) {
     return kStopFamily.front();
 }
 
-// Trigger options: each sets the trigger once; its twin in the other sweep frame follows.
+// Trigger options: each sets and sends the trigger, then selects its twin in the other sweep
+// frame, whose own handler sends once more; the twin's mirror back finds this option selected
+// and runs nothing. Only the trigger reset guards itself (it selects its own free-run option).
 void triggerOption(PanelContext& c, std::int16_t mode, std::string_view twin) {
-    if (c.triggerRunning) return;
-    c.triggerRunning = true;
-    try {
-        SetTriggerMode(c.s, mode);
-        c.form.select(twin);
-    } catch (...) {
-        c.triggerRunning = false;
-        throw;
-    }
-    c.triggerRunning = false;
+    SetTriggerMode(c.s, mode);
+    c.form.select(twin);
 }
 
 // "Get plan from file" of the frequency sweep.

@@ -385,12 +385,12 @@ struct Engine::Impl {
     }
 
     void setOutput(bool on) {
-        need();
-        stopRunning();
         Generator n = g;
         n.output = on;
+        checkFmSpan(n);
+        need();
+        stopRunning();
         if (on) {
-            checkFmSpan(n);
             sendCarrier(n);
             if (n.phase != 0.0 && !n.fmOn && !n.amOn) sendPhase(n);
         } else {
@@ -409,10 +409,11 @@ struct Engine::Impl {
             n.amOn = on;
             if (on) n.fmOn = false;
         }
+        if (n.fmOn == g.fmOn && n.amOn == g.amOn) return;  // no change, nothing sent
         checkFmSpan(n);
         if (n.output && running == Running::None) {
             need();
-            if (!on && (g.fmOn || g.amOn)) stopModulation(n);
+            if (!on) stopModulation(n);
             sendCarrier(n);
         }
         g = n;

@@ -4,7 +4,7 @@
 layers=(runtime link frames calibration encoding form session plans panel automation scpi)
 # Front ends sit on top and may include any layer; the simulated instrument sits beside the
 # library over the link; the image exporter needs only the runtime.
-front_ends=(cli qt panel/win32 automation/com)
+front_ends=(cli qt capi panel/win32 automation/com)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -12,8 +12,9 @@ packages=(
     xvfb xauth xdotool imagemagick              # windows on a virtual screen, pictures of them
     qt6-base-dev qt6-image-formats-plugins      # the Linux control panel
     locales                                     # a decimal-comma locale for the parsing tests
+    python3-pytest mypy python3-setuptools python3-pip  # the Python package, its tests and checks
     qt6-base-dev qt6-image-formats-plugins fonts-wine  # the Qt panel, its image writers and font
-    libasio-dev python3-pytest python3-pyvisa python3-pyvisa-py python3-pymeasure python3-mypy  # SCPI server
+    libasio-dev python3-pyvisa python3-pyvisa-py python3-pymeasure  # the SCPI server, its client tests
 )
 
 # The number-parsing tests run once under a decimal-comma locale.

@@ -21,8 +21,9 @@ cmake -S . -B build -G Ninja >/dev/null
 cmake --build build -j2
 ctest --test-dir build --output-on-failure -j2
 
-step "SCPI server's Python module (mypy --strict; its tests run in ctest)"
-MYPYPATH=python /usr/bin/python3 -m mypy --strict --cache-dir=/dev/null python/synthor/scpi.py
+step "Python package over libsynthor (pytest, mypy --strict)"
+SYNTHOR_BUILD="$PWD/build" /usr/bin/python3 -m pytest -q -p no:cacheprovider tests/python
+(cd python && mypy --strict synthor)
 
 step "clang-tidy (bugprone, performance)"
 git ls-files '*.cpp' | grep -v '^tests/\|^fuzz/\|^bench/\|/com/\|/win32/\|/gdiplus/' |

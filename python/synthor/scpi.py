@@ -14,8 +14,8 @@ from __future__ import annotations
 
 from typing import Any, List, Tuple
 
-from pymeasure.instruments import Instrument  # type: ignore[import]
-from pymeasure.instruments.validators import (  # type: ignore[import]
+from pymeasure.instruments import Instrument
+from pymeasure.instruments.validators import (
     strict_discrete_set,
     strict_range,
 )
