@@ -66,7 +66,6 @@ int runServe(const std::vector<std::string>& args, std::ostream& out, std::ostre
         if (!engine.find())
             err << "synthor: serve: no instrument answers yet; commands that need it report -241 "
                    "until it does\n";
-        if (host.traceFile()) server.afterLine = [&host] { host.traceFile()->flush(); };
         if (host.instrument()) server.plug = [&health](bool on) { health.setUnplugged(!on); };
         return scpi::serve(engine, server, out, err);
     } catch (const UsageError& e) {

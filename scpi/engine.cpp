@@ -269,9 +269,8 @@ struct Engine::Impl {
     enum class Running { None, FreqSweep, LevelSweep } running = Running::None;
     bool lost = true;
     std::optional<Clock::time_point> lastFind;
-    std::string firmware;     // the "V" reply at the last find
-    std::int16_t serial = 0;  // the serial number at the last find
-    std::function<void()> afterCommand;
+    std::string firmware;           // the "V" reply at the last find
+    std::int16_t serial = 0;        // the serial number at the last find
     std::vector<std::string> path;  // the header path of the last command in this message
 
     Impl(Session& session, Synthor_01_vexa& obj, ServerPrompts& p, LinkHealth& h)
@@ -494,8 +493,8 @@ struct Engine::Impl {
     void reset() {
         const Generator defaults;
         g = defaults;
-        need();
         running = Running::None;
+        need();
         GoSigGenFreqSweep(s, "OFF");  // mode select 0 stops any sweep, hop or modulation
         sig("SETTRIGGER", {std::int16_t{0}});
         sig("STEPTRIGGER", {std::int16_t{0}});
@@ -988,10 +987,6 @@ bool Engine::find() {
     return impl_->find();
 }
 
-void Engine::setAfterCommand(std::function<void()> after) {
-    impl_->afterCommand = std::move(after);
-}
-
 const Generator& Engine::generator() const {
     return impl_->g;
 }
@@ -1001,7 +996,6 @@ std::optional<std::string> Engine::execute(std::string_view line, ClientState& c
     impl_->path.clear();
     for (const Unit& u : parseMessage(line)) {
         impl_->run(u, client, answers);
-        if (impl_->afterCommand) impl_->afterCommand();
     }
     if (answers.empty()) return std::nullopt;
     std::string out = answers[0];

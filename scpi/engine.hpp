@@ -84,9 +84,6 @@ class Engine {
     // Runs one line (without its newline) for a client: the answer line (without newline) when
     // the line held queries that answered, nothing otherwise.
     std::optional<std::string> execute(std::string_view line, ClientState& client);
-    // Called after every command with the session's wire-trace flush, if any.
-    void setAfterCommand(std::function<void()> after);
-
     const Generator& generator() const;
 
     struct Impl;

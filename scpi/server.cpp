@@ -148,7 +148,6 @@ void Connection::consume(const char* p, std::size_t n) {
             discarding_ = false;
         } else {
             std::optional<std::string> answer = server_.engine.execute(line_, state_);
-            if (server_.options.afterLine) server_.options.afterLine();
             if (answer) send(*answer += '\n');
         }
         line_.clear();

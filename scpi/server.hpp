@@ -20,8 +20,6 @@ struct ServerOptions {
     std::size_t maxClients = 16;
     std::size_t maxLine = 1 << 20;           // longer lines are discarded with -363
     std::size_t maxUnreadAnswers = 1 << 20;  // beyond this, answers are dropped with -410
-    // Called after every line with the engine idle (the wire trace's flush).
-    std::function<void()> afterLine;
     // Called once listening, with the port and a thread-safe way to stop the server (tests and
     // benchmarks run it in-process).
     std::function<void(std::uint16_t port, std::function<void()> stop)> ready;
