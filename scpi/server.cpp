@@ -21,7 +21,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   private:
     void read();
-    void consume(const char* p, std::size_t n);
+    void drain();
+    void consumeLine();
     void send(const std::string& answer);
     void flush();
     void close();
@@ -30,6 +31,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     Server& server_;
     ClientState state_;
     std::array<char, 8192> buffer_{};
+    std::size_t begin_ = 0, end_ = 0;  // what of buffer_ is still to be taken
     std::string line_;
     bool discarding_ = false;  // inside a line longer than the limit
     std::string writing_;      // the answers being written
@@ -121,39 +123,51 @@ void Connection::read() {
                 self->state_.report(err::QueryUnterminated, {});
             return self->close();
         }
-        self->consume(self->buffer_.data(), n);
-        if (!self->closed_) self->read();
+        self->begin_ = 0;
+        self->end_ = n;
+        self->drain();
     });
 }
 
-// Splits the bytes into lines and runs each complete one; a line past the limit is dropped as
-// it arrives and reported when its newline comes.
-void Connection::consume(const char* p, std::size_t n) {
-    const std::size_t limit = server_.options.maxLine;
-    while (n > 0) {
-        const auto* nl = static_cast<const char*>(std::memchr(p, '\n', n));
-        const std::size_t take = nl ? static_cast<std::size_t>(nl - p) : n;
-        if (!discarding_) {
-            if (line_.size() + take > limit) {
-                discarding_ = true;
-                std::string().swap(line_);
-            } else {
-                line_.append(p, take);
-            }
-        }
-        if (!nl) return;
-        if (discarding_) {
-            state_.report(err::InputOverrun,
-                          "line longer than " + std::to_string(limit) + " bytes discarded");
-            discarding_ = false;
-        } else {
-            std::optional<std::string> answer = server_.engine.execute(line_, state_);
-            if (answer) send(*answer += '\n');
-        }
-        line_.clear();
-        p = nl + 1;
-        n -= take + 1;
+// Runs at most one line of what was read, then lets every other connection run one before
+// going on: a client sending many commands at once takes turns with the others.
+void Connection::drain() {
+    if (closed_) return;
+    consumeLine();
+    if (begin_ < end_) {
+        asio::post(socket_.get_executor(), [self = shared_from_this()] { self->drain(); });
+    } else if (!closed_) {
+        read();
     }
+}
+
+// Takes the bytes up to the next newline and runs the line if it is complete; a line past the
+// limit is dropped as it arrives and reported when its newline comes.
+void Connection::consumeLine() {
+    const std::size_t limit = server_.options.maxLine;
+    const char* p = buffer_.data() + begin_;
+    const std::size_t n = end_ - begin_;
+    const auto* nl = static_cast<const char*>(std::memchr(p, '\n', n));
+    const std::size_t take = nl ? static_cast<std::size_t>(nl - p) : n;
+    if (!discarding_) {
+        if (line_.size() + take > limit) {
+            discarding_ = true;
+            std::string().swap(line_);
+        } else {
+            line_.append(p, take);
+        }
+    }
+    begin_ += nl ? take + 1 : take;
+    if (!nl) return;
+    if (discarding_) {
+        state_.report(err::InputOverrun,
+                      "line longer than " + std::to_string(limit) + " bytes discarded");
+        discarding_ = false;
+    } else {
+        std::optional<std::string> answer = server_.engine.execute(line_, state_);
+        if (answer) send(*answer += '\n');
+    }
+    line_.clear();
 }
 
 // Answers wait while the client does not read; past the bound they are dropped, never
