@@ -32,7 +32,7 @@ struct Served {
     cli::Options options() {
         cli::Options o;
         o.sim = true;
-        o.wrapDriver = [this](d2xx::DriverTable t) { return health.wrap(std::move(t)); };
+        o.wrapDriver = [this](const d2xx::DriverTable& t) { return health.wrap(t); };
         return o;
     }
     scpi::ServerPrompts prompts;

@@ -57,9 +57,7 @@ int runServe(const std::vector<std::string>& args, std::ostream& out, std::ostre
         scpi::ServerPrompts prompts;
         scpi::LinkHealth health;
         Options withHealth = o;
-        withHealth.wrapDriver = [&health](d2xx::DriverTable t) {
-            return health.wrap(std::move(t));
-        };
+        withHealth.wrapDriver = [&health](const d2xx::DriverTable& t) { return health.wrap(t); };
         SystemClock clock;
         SessionHost host(withHealth, prompts, clock, err);
         scpi::Engine engine(host.session(), host.object(), prompts, health);
