@@ -59,9 +59,12 @@ class SessionHost {
     panel::EepromData& eepromData() { return *eepromData_; }
     // The wire trace's file, when one was asked for.
     std::ofstream* traceFile() { return trace_.get(); }
+    // The devices the driver sees (`--list`); none when the driver cannot list.
+    d2xx::Status listDevices(std::vector<d2xx::DeviceInfo>& devices) const;
 
   private:
     std::shared_ptr<std::ofstream> trace_;
+    std::function<d2xx::Status(std::vector<d2xx::DeviceInfo>&)> listDevices_;
     std::unique_ptr<sim::Instrument> instrument_;
     std::unique_ptr<Session> session_;
     panel::EepromData* eepromData_ = nullptr;
