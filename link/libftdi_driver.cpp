@@ -160,6 +160,9 @@ class Driver {
         Scan(const Scan&) = delete;
         Scan& operator=(const Scan&) = delete;
         std::vector<Seen> seen;
+        // Opens `s` with the scan's libftdi context (a libusb device belongs to the context
+        // that found it), which then belongs to the caller; negative libftdi status on failure.
+        int open(const Seen& s, ftdi_context*& out);
 
       private:
         Driver& driver_;
@@ -170,8 +173,6 @@ class Driver {
     std::shared_ptr<Device> find(Handle h);
     bool inUse(const Seen& s);
     void sayDenied(const Seen& s);
-    // Opens `s` into a fresh libftdi context; negative libftdi status on failure.
-    int openSeen(const Seen& s, ftdi_context*& out);
     void closeContext(Device& d);
     Status apply(Device& d);
     template <typename Op>
@@ -220,6 +221,10 @@ Driver::Scan::Scan(Driver& d) : driver_(d) {
             seen.push_back(std::move(s));
         }
     }
+    // In bus order, whatever order libusb found them in.
+    std::sort(seen.begin(), seen.end(), [](const Seen& a, const Seen& b) {
+        return a.bus != b.bus ? a.bus < b.bus : a.address < b.address;
+    });
 }
 
 Driver::Scan::~Scan() {
@@ -258,17 +263,15 @@ void Driver::sayDenied(const Seen& s) {
             "trigger\", then plug the instrument in again.");
 }
 
-int Driver::openSeen(const Seen& s, ftdi_context*& out) {
-    out = api_.newContext();
-    if (!out) return -1;
+int Driver::Scan::open(const Seen& s, ftdi_context*& out) {
+    if (!ctx_) return -1;
     // The kernel's serial driver is detached while the device is open and attached again at
     // close, so the port comes back for other programs after the session.
-    out->module_detach_mode = AUTO_DETACH_REATACH_SIO_MODULE;
-    const int rc = api_.openDev(out, s.dev);
-    if (rc < 0) {
-        api_.freeContext(out);
-        out = nullptr;
-    }
+    ctx_->module_detach_mode = AUTO_DETACH_REATACH_SIO_MODULE;
+    const int rc = driver_.api_.openDev(ctx_, s.dev);
+    if (rc < 0) return rc;
+    out = ctx_;
+    ctx_ = nullptr;
     return rc;
 }
 
@@ -322,7 +325,7 @@ Status Driver::openEx(const char* arg, uint32_t flags, Handle* handle) {
             continue;
         }
         ftdi_context* ctx = nullptr;
-        const int rc = openSeen(s, ctx);
+        const int rc = scan.open(s, ctx);
         if (rc < 0) {
             if (rc == kLibftdiNoPermission) sayDenied(s);
             busy = true;
@@ -375,7 +378,7 @@ Status Driver::cyclePort(Handle h) {
             Scan scan(*this);
             for (const Seen& s : scan.seen) {
                 if (!s.readable || s.serial != d->serial || inUse(s)) continue;
-                if (openSeen(s, d->ctx) < 0) return d2xx::DeviceNotOpened;
+                if (scan.open(s, d->ctx) < 0) return d2xx::DeviceNotOpened;
                 d->bus = s.bus;
                 d->address = s.address;
                 return apply(*d);

@@ -1,0 +1,194 @@
+// The libftdi1 driver against an FT232R emulated below libusb: whole exchanges through libftdi1,
+// libusb and usbdevfs give the wire trace of the linked-in simulator; late and pieced replies,
+// an unplug and replug, a device without permission, two devices told apart by serial number.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "automation/synthor_01_vexa.hpp"
+#include "link/libftdi_driver.hpp"
+#include "link/trace.hpp"
+#include "support/fake_driver.hpp"
+#include "usb/emulated_ftdi.hpp"
+
+namespace synthor {
+namespace {
+
+using Lines = std::vector<std::string>;
+using testing::EmulatedBus;
+using Clock = std::chrono::steady_clock;
+
+struct Bench {
+    explicit Bench(d2xx::DriverTable table)
+        : session(traced(std::move(table), [this](const std::string& l) { lines.push_back(l); }),
+                  prompts, clock),
+          object(session) {}
+
+    Lines lines;
+    synthor::testing::RecordingPrompts prompts;
+    synthor::testing::FakeClock clock;
+    Session session;
+    Synthor_01_vexa object;
+};
+
+d2xx::DriverTable libftdi(Lines* notices = nullptr) {
+    DriverLoad load = loadLibftdiDriver(libftdiLibraryName(), [notices](const std::string& t) {
+        if (notices) notices->push_back(t);
+    });
+    EXPECT_TRUE(load.available) << load.diagnostic;
+    return std::move(load.table);
+}
+
+// Finding (identity and calibration), a carrier, a sweep plan uploaded and started, the lock.
+Lines run(Synthor_01_vexa& o) {
+    return {std::to_string(o.FND()),
+            o.SetFrequency(1000.0, 0.0),
+            o.SetFreqPlan(2000.0, 10.0, std::int16_t{40}, std::int32_t{1000}, 0.0),
+            o.GoFreqSweep(),
+            o.LockStatus(),
+            o.CloseSigGen()};
+}
+
+long long msSince(Clock::time_point t) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t).count();
+}
+
+// Replies whole, in pieces of a few bytes per transfer, or late: the same calls, results and
+// trace as the simulator linked in, and the instrument left doing the same.
+TEST(LibftdiDriver, WholeExchangesTraceAsTheLinkedInSimulator) {
+    sim::Instrument linkedIn;
+    Bench reference(linkedIn.driverTable());
+    const Lines expected = run(reference.object);
+    ASSERT_EQ(expected.front(), "1234");
+
+    struct Case {
+        int piece, delayMs;
+    };
+    for (const Case c : {Case{0, 0}, Case{5, 0}, Case{0, 2}}) {
+        EmulatedBus bus;
+        auto& chip = bus.add("VX000001");
+        chip.pieceBytes = c.piece;
+        chip.replyDelayMs = c.delayMs;
+        Bench usb(libftdi());
+        EXPECT_EQ(run(usb.object), expected) << c.piece << " " << c.delayMs;
+        EXPECT_EQ(usb.lines, reference.lines) << c.piece << " " << c.delayMs;
+        EXPECT_EQ(chip.instrument.describeOutput(), linkedIn.describeOutput());
+    }
+}
+
+// A late reply is waited for within the read time-out, a later one is not; the waiting polls
+// the chip at a bounded rate instead of spinning.
+TEST(LibftdiDriver, ReadWaitsForTheCountUntilItsDeadline) {
+    EmulatedBus bus;
+    auto& chip = bus.add("VX000001");
+    const d2xx::DriverTable t = libftdi();
+    d2xx::Handle h = nullptr;
+    ASSERT_EQ(t.openEx(sim::kDeviceDescription, d2xx::OpenByDescription, &h), d2xx::Ok);
+    ASSERT_EQ(t.setTimeouts(h, 250, 250), d2xx::Ok);
+
+    struct Case {
+        int delayMs;
+        std::uint32_t expected;
+    };
+    for (const Case c : {Case{150, 1}, Case{600, 0}}) {
+        chip.replyDelayMs = c.delayMs;
+        std::uint32_t n = 0;
+        ASSERT_EQ(t.write(h, "Q", 1, &n), d2xx::Ok);
+        const int before = chip.inTransfers;
+        const auto start = Clock::now();
+        char reply = 0;
+        ASSERT_EQ(t.read(h, &reply, 1, &n), d2xx::Ok);
+        const long long took = msSince(start);
+        EXPECT_EQ(n, c.expected) << c.delayMs;
+        EXPECT_GE(took, std::min(c.delayMs, 250)) << c.delayMs;
+        EXPECT_LT(took, std::min(c.delayMs, 250) + 150) << c.delayMs;
+        // One transfer per millisecond at most, as the latency timer would pace a real chip.
+        EXPECT_LE(chip.inTransfers - before, took + 5) << c.delayMs;
+        t.purge(h, d2xx::PurgeRx);
+    }
+    EXPECT_EQ(t.close(h), d2xx::Ok);
+    EXPECT_EQ(t.close(h), d2xx::InvalidHandle);
+}
+
+// The device vanishes mid-session: calls fail without hanging. Once it is back, the link's
+// reconnect (a port cycle) finds it again by serial number and the session carries on.
+TEST(LibftdiDriver, ReconnectsAfterTheDeviceComesBack) {
+    EmulatedBus bus;
+    auto& chip = bus.add("VX000001");
+    Bench usb(libftdi());
+    ASSERT_EQ(usb.object.FND(), 1234);
+
+    chip.unplug();
+    usb.lines.clear();
+    usb.object.LockStatus();
+    EXPECT_NE(std::find(usb.lines.begin(), usb.lines.end(), "FT_CyclePort = 2"), usb.lines.end());
+
+    chip.plugIn();
+    usb.lines.clear();
+    sim::Instrument linkedIn;
+    Bench reference(linkedIn.driverTable());
+    reference.object.FND();
+    EXPECT_EQ(usb.object.SetFrequency(1500.0, -3.0), "OK");
+    EXPECT_EQ(usb.lines.at(0).rfind("FT_Write", 0), 0u);
+    EXPECT_NE(usb.lines.at(0).find(" = 4"), std::string::npos);
+    EXPECT_EQ(usb.lines.at(1), "FT_CyclePort = 0");
+    reference.object.SetFrequency(1500.0, -3.0);
+    EXPECT_EQ(chip.instrument.describeOutput(), linkedIn.describeOutput());
+    EXPECT_EQ(usb.object.LockStatus(), reference.object.LockStatus());
+}
+
+// Without permission on the device node nothing opens, and the user is told once which udev
+// rule fixes it.
+TEST(LibftdiDriver, NamesTheUdevRuleWhenPermissionIsMissing) {
+    EmulatedBus bus;
+    auto& chip = bus.add("VX000001");
+    bus.denyAccess(chip);
+    Lines notices;
+    const d2xx::DriverTable t = libftdi(&notices);
+    d2xx::Handle h = nullptr;
+    EXPECT_EQ(t.openEx(sim::kDeviceDescription, d2xx::OpenByDescription, &h),
+              d2xx::DeviceNotOpened);
+    EXPECT_EQ(t.openEx("VX000001", d2xx::OpenBySerialNumber, &h), d2xx::DeviceNotOpened);
+    std::vector<d2xx::DeviceInfo> listed;
+    EXPECT_EQ(t.listDevices(listed), d2xx::Ok);
+    EXPECT_TRUE(listed.empty());
+    ASSERT_EQ(notices.size(), 1u);
+    EXPECT_NE(notices[0].find("permission denied"), std::string::npos);
+    EXPECT_NE(notices[0].find(kUdevRuleName), std::string::npos);
+}
+
+// Two instruments: both listed, each opened by its own serial number, an open one refused.
+TEST(LibftdiDriver, ListsAndOpensBySerialNumber) {
+    EmulatedBus bus;
+    bus.add("VX000001");
+    sim::Config second;
+    second.status = 'S';
+    bus.add("VX000002", second);
+    const d2xx::DriverTable t = libftdi();
+
+    std::vector<d2xx::DeviceInfo> listed;
+    ASSERT_EQ(t.listDevices(listed), d2xx::Ok);
+    ASSERT_EQ(listed.size(), 2u);
+    for (std::size_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(listed[i].description, sim::kDeviceDescription);
+        EXPECT_EQ(listed[i].serial, "VX00000" + std::to_string(i + 1));
+        EXPECT_EQ(listed[i].driver, "libftdi");
+    }
+
+    d2xx::Handle h = nullptr, again = nullptr;
+    EXPECT_EQ(t.openEx("VX00000", d2xx::OpenBySerialNumber, &h), d2xx::DeviceNotFound);
+    ASSERT_EQ(t.openEx("VX000002", d2xx::OpenBySerialNumber, &h), d2xx::Ok);
+    EXPECT_EQ(t.openEx("VX000002", d2xx::OpenBySerialNumber, &again), d2xx::DeviceNotOpened);
+    std::uint32_t n = 0;
+    char reply = 0;
+    ASSERT_EQ(t.setTimeouts(h, 500, 500), d2xx::Ok);
+    ASSERT_EQ(t.write(h, "Q", 1, &n), d2xx::Ok);
+    ASSERT_EQ(t.read(h, &reply, 1, &n), d2xx::Ok);
+    EXPECT_EQ(reply, 'S');
+    EXPECT_EQ(t.close(h), d2xx::Ok);
+}
+
+}  // namespace
+}  // namespace synthor
