@@ -205,16 +205,18 @@ Driver::Scan::Scan(Driver& d) : driver_(d) {
             const int rc = api.usbOpen(p->dev, &h);
             if (rc == 0 && api.deviceDescriptor(p->dev, &desc) == 0) {
                 unsigned char text[256];
+                // A device whose strings cannot be read (it is going away) matches nothing.
+                s.readable = true;
                 auto str = [&](uint8_t index) {
                     if (index == 0) return std::string();
                     const int n = api.stringAscii(h, index, text, sizeof text);
+                    if (n < 0) s.readable = false;
                     return n > 0 ? std::string(reinterpret_cast<char*>(text),
                                                static_cast<std::size_t>(n))
                                  : std::string();
                 };
                 s.description = str(desc.iProduct);
                 s.serial = str(desc.iSerialNumber);
-                s.readable = true;
             }
             s.denied = rc == LIBUSB_ERROR_ACCESS;
             if (h) api.usbClose(h);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <mutex>
 #include <stdexcept>
 
@@ -338,11 +339,14 @@ EmulatedChip& EmulatedBus::add(const std::string& serial, sim::Config config) {
 }
 
 void EmulatedBus::denyAccess(const EmulatedChip& chip) {
-    // The test bed's folders become readable to all, the device node to its owner only; root
-    // then gives up its file privileges on this thread for the rest of the test.
-    std::string path = root_;
-    chmod(path.c_str(), 0755);
-    chmod((root_ + chip.devnode()).c_str(), 0600);
+    // The test bed opens up to every user but the device node stays its owner's; root then
+    // gives up its file privileges on this thread for the rest of the test.
+    namespace fs = std::filesystem;
+    const auto all = fs::perms::group_all | fs::perms::others_all;
+    fs::permissions(root_, all, fs::perm_options::add);
+    for (const auto& entry : fs::recursive_directory_iterator(root_))
+        if (!entry.is_symlink()) fs::permissions(entry.path(), all, fs::perm_options::add);
+    fs::permissions(root_ + chip.devnode(), fs::perms::owner_read | fs::perms::owner_write);
     if (geteuid() == 0) {
         setfsuid(65534);
         dropped_ = true;
