@@ -158,96 +158,97 @@ struct EmulatedChip::Handler {
             return true;
         }
         switch (request) {
-        case USBDEVFS_GET_CAPABILITIES: {
-            UMockdevIoctlData* d = umockdev_ioctl_data_resolve(arg, 0, sizeof(guint32), nullptr);
-            *reinterpret_cast<guint32*>(d->data) =
-                USBDEVFS_CAP_BULK_CONTINUATION | USBDEVFS_CAP_NO_PACKET_SIZE_LIM |
-                USBDEVFS_CAP_REAP_AFTER_DISCONNECT | USBDEVFS_CAP_ZERO_PACKET;
-            umockdev_ioctl_client_complete(client, 0, 0);
-            g_object_unref(d);
-            return true;
-        }
-        case USBDEVFS_GETDRIVER:  // no kernel driver bound
-            umockdev_ioctl_client_complete(client, -1, ENODATA);
-            return true;
-        case USBDEVFS_RESET:
-            // A port reset drops what waited to be read and any half-received frame.
-            replies.clear();
-            chip.instrument.cyclePort(sim);
-            umockdev_ioctl_client_complete(client, 0, 0);
-            return true;
-        case USBDEVFS_CLAIMINTERFACE:
-        case USBDEVFS_RELEASEINTERFACE:
-        case USBDEVFS_SETCONFIGURATION:
-        case USBDEVFS_SETINTERFACE:
-        case USBDEVFS_CLEAR_HALT:
-        case USBDEVFS_RESETEP:
-        case USBDEVFS_DISCONNECT_CLAIM:
-        case USBDEVFS_IOCTL:
-            umockdev_ioctl_client_complete(client, 0, 0);
-            return true;
-        case USBDEVFS_SUBMITURB: {
-            UMockdevIoctlData* urbData =
-                umockdev_ioctl_data_resolve(arg, 0, sizeof(usbdevfs_urb), nullptr);
-            auto* urb = reinterpret_cast<usbdevfs_urb*>(urbData->data);
-            UMockdevIoctlData* buf = umockdev_ioctl_data_resolve(
-                urbData, offsetof(usbdevfs_urb, buffer), static_cast<gsize>(urb->buffer_length),
-                nullptr);
-            if (urb->type == USBDEVFS_URB_TYPE_BULK && urb->endpoint == 0x02) {
-                std::uint32_t written = 0;
-                chip.instrument.write(sim, buf->data, static_cast<std::uint32_t>(urb->buffer_length),
-                                      &written);
-                collectReplies();
-            }
-            g_object_unref(buf);
-            flying.push_back(urbData);
-            umockdev_ioctl_client_complete(client, 0, 0);
-            return true;
-        }
-        case USBDEVFS_REAPURB:
-        case USBDEVFS_REAPURBNDELAY: {
-            std::deque<UMockdevIoctlData*>& from = discarded.empty() ? flying : discarded;
-            if (from.empty()) {
-                umockdev_ioctl_client_complete(client, -1, EAGAIN);
+            case USBDEVFS_GET_CAPABILITIES: {
+                UMockdevIoctlData* d =
+                    umockdev_ioctl_data_resolve(arg, 0, sizeof(guint32), nullptr);
+                *reinterpret_cast<guint32*>(d->data) =
+                    USBDEVFS_CAP_BULK_CONTINUATION | USBDEVFS_CAP_NO_PACKET_SIZE_LIM |
+                    USBDEVFS_CAP_REAP_AFTER_DISCONNECT | USBDEVFS_CAP_ZERO_PACKET;
+                umockdev_ioctl_client_complete(client, 0, 0);
+                g_object_unref(d);
                 return true;
             }
-            UMockdevIoctlData* urbData = from.front();
-            from.pop_front();
-            auto* urb = reinterpret_cast<usbdevfs_urb*>(urbData->data);
-            if (&from == &discarded) {
-                urb->status = -ENOENT;
-            } else {
-                UMockdevIoctlData* buf = umockdev_ioctl_data_resolve(
-                    urbData, offsetof(usbdevfs_urb, buffer),
-                    static_cast<gsize>(urb->buffer_length), nullptr);
-                answer(urb, buf->data);
-                g_object_unref(buf);
-            }
-            UMockdevIoctlData* slot = umockdev_ioctl_data_resolve(arg, 0, sizeof(void*), nullptr);
-            umockdev_ioctl_data_set_ptr(slot, 0, urbData);
-            umockdev_ioctl_client_complete(client, 0, 0);
-            g_object_unref(slot);
-            g_object_unref(urbData);
-            return true;
-        }
-        case USBDEVFS_DISCARDURB: {
-            const gulong address = *reinterpret_cast<gulong*>(arg->data);
-            const auto it = std::find_if(flying.begin(), flying.end(), [&](auto* d) {
-                return d->client_addr == address;
-            });
-            if (it == flying.end()) {
-                umockdev_ioctl_client_complete(client, -1, EINVAL);
-            } else {
-                discarded.push_back(*it);
-                flying.erase(it);
+            case USBDEVFS_GETDRIVER:  // no kernel driver bound
+                umockdev_ioctl_client_complete(client, -1, ENODATA);
+                return true;
+            case USBDEVFS_RESET:
+                // A port reset drops what waited to be read and any half-received frame.
+                replies.clear();
+                chip.instrument.cyclePort(sim);
                 umockdev_ioctl_client_complete(client, 0, 0);
+                return true;
+            case USBDEVFS_CLAIMINTERFACE:
+            case USBDEVFS_RELEASEINTERFACE:
+            case USBDEVFS_SETCONFIGURATION:
+            case USBDEVFS_SETINTERFACE:
+            case USBDEVFS_CLEAR_HALT:
+            case USBDEVFS_RESETEP:
+            case USBDEVFS_DISCONNECT_CLAIM:
+            case USBDEVFS_IOCTL:
+                umockdev_ioctl_client_complete(client, 0, 0);
+                return true;
+            case USBDEVFS_SUBMITURB: {
+                UMockdevIoctlData* urbData =
+                    umockdev_ioctl_data_resolve(arg, 0, sizeof(usbdevfs_urb), nullptr);
+                auto* urb = reinterpret_cast<usbdevfs_urb*>(urbData->data);
+                UMockdevIoctlData* buf =
+                    umockdev_ioctl_data_resolve(urbData, offsetof(usbdevfs_urb, buffer),
+                                                static_cast<gsize>(urb->buffer_length), nullptr);
+                if (urb->type == USBDEVFS_URB_TYPE_BULK && urb->endpoint == 0x02) {
+                    std::uint32_t written = 0;
+                    chip.instrument.write(sim, buf->data,
+                                          static_cast<std::uint32_t>(urb->buffer_length), &written);
+                    collectReplies();
+                }
+                g_object_unref(buf);
+                flying.push_back(urbData);
+                umockdev_ioctl_client_complete(client, 0, 0);
+                return true;
             }
-            return true;
-        }
-        default:
-            std::fprintf(stderr, "emulated FTDI: unhandled ioctl 0x%lx\n", request);
-            umockdev_ioctl_client_complete(client, -1, ENOTTY);
-            return true;
+            case USBDEVFS_REAPURB:
+            case USBDEVFS_REAPURBNDELAY: {
+                std::deque<UMockdevIoctlData*>& from = discarded.empty() ? flying : discarded;
+                if (from.empty()) {
+                    umockdev_ioctl_client_complete(client, -1, EAGAIN);
+                    return true;
+                }
+                UMockdevIoctlData* urbData = from.front();
+                from.pop_front();
+                auto* urb = reinterpret_cast<usbdevfs_urb*>(urbData->data);
+                if (&from == &discarded) {
+                    urb->status = -ENOENT;
+                } else {
+                    UMockdevIoctlData* buf = umockdev_ioctl_data_resolve(
+                        urbData, offsetof(usbdevfs_urb, buffer),
+                        static_cast<gsize>(urb->buffer_length), nullptr);
+                    answer(urb, buf->data);
+                    g_object_unref(buf);
+                }
+                UMockdevIoctlData* slot =
+                    umockdev_ioctl_data_resolve(arg, 0, sizeof(void*), nullptr);
+                umockdev_ioctl_data_set_ptr(slot, 0, urbData);
+                umockdev_ioctl_client_complete(client, 0, 0);
+                g_object_unref(slot);
+                g_object_unref(urbData);
+                return true;
+            }
+            case USBDEVFS_DISCARDURB: {
+                const gulong address = *reinterpret_cast<gulong*>(arg->data);
+                const auto it = std::find_if(flying.begin(), flying.end(),
+                                             [&](auto* d) { return d->client_addr == address; });
+                if (it == flying.end()) {
+                    umockdev_ioctl_client_complete(client, -1, EINVAL);
+                } else {
+                    discarded.push_back(*it);
+                    flying.erase(it);
+                    umockdev_ioctl_client_complete(client, 0, 0);
+                }
+                return true;
+            }
+            default:
+                std::fprintf(stderr, "emulated FTDI: unhandled ioctl 0x%lx\n", request);
+                umockdev_ioctl_client_complete(client, -1, ENOTTY);
+                return true;
         }
     }
 };
@@ -274,8 +275,7 @@ EmulatedChip::EmulatedChip(int busNumber, std::string serialNumber, sim::Config 
     instrument.openEx(sim::kDeviceDescription, d2xx::OpenByDescription, &handler_->sim);
     handler_->base = umockdev_ioctl_base_new();
     g_signal_connect_after(handler_->base, "handle-ioctl", G_CALLBACK(onIoctl), handler_.get());
-    g_signal_connect(handler_->base, "client-connected", G_CALLBACK(onConnected),
-                     handler_.get());
+    g_signal_connect(handler_->base, "client-connected", G_CALLBACK(onConnected), handler_.get());
 }
 
 EmulatedChip::~EmulatedChip() {

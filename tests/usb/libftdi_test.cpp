@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -197,6 +198,31 @@ TEST(LibftdiDriver, ListsAndOpensBySerialNumber) {
     ASSERT_EQ(t.read(h, &reply, 1, &n), d2xx::Ok);
     EXPECT_EQ(reply, 'S');
     EXPECT_EQ(t.close(h), d2xx::Ok);
+}
+
+// The tool itself, a child process reaching the same emulated chip: `auto` picks libftdi1, the
+// listing names it, and a script runs as on the simulator linked in.
+std::string tool(const std::string& input, const std::string& arguments) {
+    const std::string command =
+        "printf '" + input + "' | " + SYNTHOR_TOOL + " " + arguments + " 2>&1";
+    std::string out;
+    if (FILE* p = popen(command.c_str(), "r")) {
+        char buf[512];
+        while (const std::size_t n = std::fread(buf, 1, sizeof buf, p))
+            out.append(buf, n);
+        pclose(p);
+    }
+    return out;
+}
+
+TEST(LibftdiDriver, TheToolListsAndRunsThroughIt) {
+    EmulatedBus bus;
+    bus.add("VX000001");
+    EXPECT_EQ(tool("", "--list"), std::string(sim::kDeviceDescription) + ", VX000001, libftdi\n");
+    const std::string calls = "FND\\nSetFrequency 2400 -10\\nLockStatus\\n";
+    const std::string viaUsb = tool(calls, "--driver libftdi --script -");
+    EXPECT_EQ(viaUsb.substr(0, 8), "1234\nOK\n");
+    EXPECT_EQ(viaUsb, tool(calls, "--sim --script -"));
 }
 
 }  // namespace
