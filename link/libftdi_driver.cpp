@@ -53,7 +53,8 @@ DriverLoad loadDriver(const std::string& name, DriverNotice notice) {
 DriverLoad loadLibftdiDriver(const std::string&, DriverNotice) {
     DriverLoad out;
     out.table = unavailableDriver();
-    out.diagnostic = "this build has no libftdi1 driver; no instrument can be opened through it.";
+    out.diagnostic =
+        "this build has no libftdi1 driver (use --driver d2xx); no instrument can be opened.";
     return out;
 }
 
@@ -137,6 +138,13 @@ struct Seen {
 class Driver {
   public:
     Driver(const Api& api, DriverNotice notice) : api_(api), notice_(std::move(notice)) {}
+    // The table is gone: devices still open are let go, as the process ending would.
+    ~Driver() {
+        for (auto& entry : devices_)
+            closeContext(*entry.second);
+    }
+    Driver(const Driver&) = delete;
+    Driver& operator=(const Driver&) = delete;
 
     Status openEx(const char* arg, uint32_t flags, Handle* handle);
     Status close(Handle h);
