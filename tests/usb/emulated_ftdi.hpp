@@ -35,6 +35,9 @@ class EmulatedChip {
     std::atomic<int> replyDelayMs{0};
     // Each IN transfer carries at most this many reply bytes (0: as many as fit).
     std::atomic<int> pieceBytes{0};
+    // With nothing to send, hold IN transfers until a reply is due (NAK them) instead of
+    // answering with the status bytes alone as an FT232R does.
+    std::atomic<bool> holdEmptyIn{false};
     // Bulk IN transfers asked for so far.
     std::atomic<int> inTransfers{0};
 

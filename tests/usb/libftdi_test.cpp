@@ -80,8 +80,9 @@ TEST(LibftdiDriver, WholeExchangesTraceAsTheLinkedInSimulator) {
     }
 }
 
-// A late reply is waited for within the read time-out, a later one is not; the waiting polls
-// the chip at a bounded rate instead of spinning.
+// A late reply is waited for within the read time-out, a later one is not, whether the chip
+// answers empty polls with its status bytes or holds them; the waiting polls the chip at a
+// bounded rate instead of spinning.
 TEST(LibftdiDriver, ReadWaitsForTheCountUntilItsDeadline) {
     EmulatedBus bus;
     auto& chip = bus.add("VX000001");
@@ -93,9 +94,12 @@ TEST(LibftdiDriver, ReadWaitsForTheCountUntilItsDeadline) {
     struct Case {
         int delayMs;
         std::uint32_t expected;
+        bool hold;
     };
-    for (const Case c : {Case{150, 1}, Case{600, 0}}) {
+    for (const Case c :
+         {Case{150, 1, false}, Case{600, 0, false}, Case{150, 1, true}, Case{600, 0, true}}) {
         chip.replyDelayMs = c.delayMs;
+        chip.holdEmptyIn = c.hold;
         std::uint32_t n = 0;
         ASSERT_EQ(t.write(h, "Q", 1, &n), d2xx::Ok);
         const int before = chip.inTransfers;
@@ -103,11 +107,12 @@ TEST(LibftdiDriver, ReadWaitsForTheCountUntilItsDeadline) {
         char reply = 0;
         ASSERT_EQ(t.read(h, &reply, 1, &n), d2xx::Ok);
         const long long took = msSince(start);
-        EXPECT_EQ(n, c.expected) << c.delayMs;
-        EXPECT_GE(took, std::min(c.delayMs, 250)) << c.delayMs;
-        EXPECT_LT(took, std::min(c.delayMs, 250) + 150) << c.delayMs;
+        const std::string what = std::to_string(c.delayMs) + (c.hold ? " held" : "");
+        EXPECT_EQ(n, c.expected) << what;
+        EXPECT_GE(took, std::min(c.delayMs, 250)) << what;
+        EXPECT_LT(took, std::min(c.delayMs, 250) + 150) << what;
         // One transfer per millisecond at most, as the latency timer would pace a real chip.
-        EXPECT_LE(chip.inTransfers - before, took + 5) << c.delayMs;
+        EXPECT_LE(chip.inTransfers - before, took + 5) << what;
         t.purge(h, d2xx::PurgeRx);
     }
     EXPECT_EQ(t.close(h), d2xx::Ok);
