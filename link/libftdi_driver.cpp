@@ -189,8 +189,10 @@ class Driver {
     Api api_;
     DriverNotice notice_;
     std::mutex mutex_;  // the handle registry and the notices said
-    std::map<std::uintptr_t, std::shared_ptr<Device> > devices_;
-    std::uintptr_t nextId_ = 1;
+    std::map<Handle, std::shared_ptr<Device> > devices_;
+    // Handles are the addresses of bytes kept for the driver's life, so a closed handle never
+    // comes back as another device's.
+    std::vector<std::unique_ptr<char> > handleTokens_;
     std::set<std::string> noticed_;
 };
 
@@ -245,7 +247,7 @@ Driver::Scan::~Scan() {
 
 std::shared_ptr<Device> Driver::find(Handle h) {
     const std::lock_guard lock(mutex_);
-    const auto it = devices_.find(reinterpret_cast<std::uintptr_t>(h));
+    const auto it = devices_.find(h);
     return it == devices_.end() ? nullptr : it->second;
 }
 
@@ -349,9 +351,10 @@ Status Driver::openEx(const char* arg, uint32_t flags, Handle* handle) {
         d->address = s.address;
         apply(*d);
         const std::lock_guard lock(mutex_);
-        const std::uintptr_t id = nextId_++;
+        handleTokens_.push_back(std::make_unique<char>());
+        Handle const id = handleTokens_.back().get();
         devices_[id] = std::move(d);
-        *handle = reinterpret_cast<Handle>(id);
+        *handle = id;
         return d2xx::Ok;
     }
     return busy || denied ? d2xx::DeviceNotOpened : d2xx::DeviceNotFound;
@@ -361,7 +364,7 @@ Status Driver::close(Handle h) {
     std::shared_ptr<Device> d;
     {
         const std::lock_guard lock(mutex_);
-        const auto it = devices_.find(reinterpret_cast<std::uintptr_t>(h));
+        const auto it = devices_.find(h);
         if (it == devices_.end()) return d2xx::InvalidHandle;
         d = std::move(it->second);
         devices_.erase(it);

@@ -101,9 +101,9 @@ TEST(LibftdiDriver, ReadWaitsForTheCountUntilItsDeadline) {
         chip.replyDelayMs = c.delayMs;
         chip.holdEmptyIn = c.hold;
         std::uint32_t n = 0;
-        ASSERT_EQ(t.write(h, "Q", 1, &n), d2xx::Ok);
         const int before = chip.inTransfers;
         const auto start = Clock::now();
+        ASSERT_EQ(t.write(h, "Q", 1, &n), d2xx::Ok);
         char reply = 0;
         ASSERT_EQ(t.read(h, &reply, 1, &n), d2xx::Ok);
         const long long took = msSince(start);
