@@ -328,14 +328,20 @@ SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::
             o.driver, [&err](const std::string& text) { err << "synthor: " << text << '\n'; });
         table = std::move(load.table);
         if (!load.diagnostic.empty()) {
-            // Said once, when an instrument is first looked for.
-            auto open = table.openEx;
-            auto said = std::make_shared<bool>(false);
-            table.openEx = [open, said, &err, text = load.diagnostic](
-                               const char* arg, std::uint32_t flags, d2xx::Handle* h) {
+            // Said once, when an instrument or the device list is first looked for.
+            auto say = [said = std::make_shared<bool>(false), &err, text = load.diagnostic] {
                 if (!*said) err << "synthor: " << text << '\n';
                 *said = true;
+            };
+            table.openEx = [open = table.openEx, say](const char* arg, std::uint32_t flags,
+                                                      d2xx::Handle* h) {
+                say();
                 return open(arg, flags, h);
+            };
+            table.listDevices = [list = table.listDevices,
+                                 say](std::vector<d2xx::DeviceInfo>& devices) {
+                say();
+                return list ? list(devices) : d2xx::Ok;
             };
         }
     }
