@@ -72,8 +72,8 @@ using Clock = std::chrono::steady_clock;
 using d2xx::InvalidParameter;
 constexpr int kLibftdiNoPermission = -8;  // ftdi_usb_open_dev: "inappropriate permissions"
 constexpr auto kIdlePoll = std::chrono::milliseconds(1);
-constexpr auto kRefindWindow = std::chrono::milliseconds(1000);
-constexpr auto kRefindPause = std::chrono::milliseconds(100);
+constexpr auto kRefindWindow = std::chrono::milliseconds(300);
+constexpr auto kRefindPause = std::chrono::milliseconds(50);
 
 // libftdi1's entry points and the libusb ones it brings along, resolved from the loaded library.
 struct Api {
