@@ -182,7 +182,9 @@ class Driver {
     bool inUse(const Seen& s);
     void sayDenied(const Seen& s);
     void closeContext(Device& d);
+    // Sends every setting again, after the device was reset or reopened.
     Status apply(Device& d);
+    Status sendFlow(Device& d);
     template <typename Op>
     Status onOpen(Handle h, Op op);
 
@@ -294,20 +296,21 @@ void Driver::closeContext(Device& d) {
     d.ctx = nullptr;
 }
 
+Status Driver::sendFlow(Device& d) {
+    const Settings& s = d.settings;
+    if (!s.flow) return d2xx::Ok;
+    const int rc = *s.flow == d2xx::FlowXonXoff ? api_.setFlowXonXoff(d.ctx, s.xon, s.xoff)
+                                                : api_.setFlow(d.ctx, *s.flow);
+    return rc < 0 ? d2xx::IoError : d2xx::Ok;
+}
+
 Status Driver::apply(Device& d) {
     const Settings& s = d.settings;
     ftdi_context* c = d.ctx;
-    d.ctx->usb_write_timeout =
-        s.writeMs > 0 ? static_cast<int>(std::min<uint32_t>(s.writeMs, INT_MAX)) : 5000;
     if (s.inSize && api_.setReadChunk(c, *s.inSize) < 0) return d2xx::IoError;
     if (s.outSize && api_.setWriteChunk(c, *s.outSize) < 0) return d2xx::IoError;
     if (s.latency && api_.setLatency(c, *s.latency) < 0) return d2xx::IoError;
-    if (s.flow) {
-        const int rc = *s.flow == d2xx::FlowXonXoff ? api_.setFlowXonXoff(c, s.xon, s.xoff)
-                                                    : api_.setFlow(c, *s.flow);
-        if (rc < 0) return d2xx::IoError;
-    }
-    return d2xx::Ok;
+    return sendFlow(d);
 }
 
 template <typename Op>
@@ -406,41 +409,52 @@ Status Driver::setTimeouts(Handle h, uint32_t readMs, uint32_t writeMs) {
     return onOpen(h, [&](Device& d) {
         d.settings.readMs = readMs;
         d.settings.writeMs = writeMs;
-        return d.ctx ? apply(d) : d2xx::IoError;
+        return d.ctx ? d2xx::Ok : d2xx::IoError;
     });
 }
 
 Status Driver::setUsbParameters(Handle h, uint32_t in, uint32_t out) {
-    // As D2XX: the IN transfer size is a multiple of 64 from 64 to 64 KiB.
-    if (in < 64 || in > 65536 || in % 64 != 0) return InvalidParameter;
     return onOpen(h, [&](Device& d) {
+        // As D2XX: the IN transfer size is a multiple of 64 from 64 to 64 KiB.
+        if (in < 64 || in > 65536 || in % 64 != 0) return InvalidParameter;
         if (!d.ctx) return d2xx::IoError;
         d.settings.inSize = in;
         if (out != 0) d.settings.outSize = out;
-        return apply(d);
+        if (api_.setReadChunk(d.ctx, in) < 0) return d2xx::IoError;
+        if (out != 0 && api_.setWriteChunk(d.ctx, out) < 0) return d2xx::IoError;
+        return d2xx::Ok;
     });
 }
 
 Status Driver::setLatencyTimer(Handle h, uint8_t ms) {
-    if (ms == 0) return InvalidParameter;
     return onOpen(h, [&](Device& d) {
+        if (ms == 0) return InvalidParameter;
         if (!d.ctx) return d2xx::IoError;
         d.settings.latency = ms;
-        return apply(d);
+        return api_.setLatency(d.ctx, ms) < 0 ? d2xx::IoError : d2xx::Ok;
     });
 }
 
 Status Driver::setFlowControl(Handle h, uint16_t flow, uint8_t xon, uint8_t xoff) {
-    if (flow != 0 && flow != d2xx::FlowRtsCts && flow != d2xx::FlowDtrDsr &&
-        flow != d2xx::FlowXonXoff)
-        return InvalidParameter;
     return onOpen(h, [&](Device& d) {
+        if (flow != 0 && flow != d2xx::FlowRtsCts && flow != d2xx::FlowDtrDsr &&
+            flow != d2xx::FlowXonXoff)
+            return InvalidParameter;
         if (!d.ctx) return d2xx::IoError;
         d.settings.flow = flow;
         d.settings.xon = xon;
         d.settings.xoff = xoff;
-        return apply(d);
+        return sendFlow(d);
     });
+}
+
+// The libusb time-out for the next transfer: what is left until `deadline` (at least 1 ms),
+// or none (0) when the handle's time-out is 0.
+int transferTimeout(uint32_t timeoutMs, Clock::time_point deadline) {
+    if (timeoutMs == 0) return 0;
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    return static_cast<int>(std::clamp<long long>(left, 1, INT_MAX));
 }
 
 Status Driver::write(Handle h, const void* data, uint32_t count, uint32_t* written) {
@@ -449,11 +463,16 @@ Status Driver::write(Handle h, const void* data, uint32_t count, uint32_t* writt
         *written = 0;
         if (!d.ctx) return d2xx::IoError;
         const auto* bytes = static_cast<const unsigned char*>(data);
-        // libftdi writes in chunks, each bounded by the write time-out; all or failure.
+        const uint32_t timeoutMs = d.settings.writeMs;
+        const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+        // Chunk by chunk, each given what is left of the write time-out: all or failure.
         while (*written < count) {
-            const int n =
-                api_.writeData(d.ctx, bytes + *written,
-                               static_cast<int>(std::min<uint32_t>(count - *written, INT_MAX)));
+            if (timeoutMs != 0 && Clock::now() >= deadline) return d2xx::IoError;
+            d.ctx->usb_write_timeout = transferTimeout(timeoutMs, deadline);
+            const uint32_t chunk =
+                std::min({count - *written, std::max(d.ctx->writebuffer_chunksize, 1u),
+                          static_cast<uint32_t>(INT_MAX)});
+            const int n = api_.writeData(d.ctx, bytes + *written, static_cast<int>(chunk));
             if (n <= 0) return d2xx::IoError;
             *written += static_cast<uint32_t>(n);
         }
@@ -471,10 +490,7 @@ Status Driver::read(Handle h, void* data, uint32_t count, uint32_t* received) {
         // libftdi returns at once with what the chip has; ask again until the count is there
         // or the deadline passes, pausing between empty answers rather than spinning.
         while (*received < count) {
-            const auto left =
-                std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-            d.ctx->usb_read_timeout =
-                static_cast<int>(std::clamp<long long>(left.count(), 1, INT_MAX));
+            d.ctx->usb_read_timeout = transferTimeout(d.settings.readMs, deadline);
             const int n =
                 api_.readData(d.ctx, bytes + *received,
                               static_cast<int>(std::min<uint32_t>(count - *received, INT_MAX)));
@@ -485,9 +501,8 @@ Status Driver::read(Handle h, void* data, uint32_t count, uint32_t* received) {
             *received += static_cast<uint32_t>(n);
             if (*received >= count) break;
             const auto now = Clock::now();
-            if (now >= deadline) break;
-            if (n == 0)
-                std::this_thread::sleep_for(std::min<Clock::duration>(kIdlePoll, deadline - now));
+            if (d.settings.readMs != 0 && now >= deadline) break;
+            if (n == 0) std::this_thread::sleep_for(kIdlePoll);
         }
         return d2xx::Ok;
     });
