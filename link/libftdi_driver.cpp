@@ -35,8 +35,18 @@ DriverLoad loadDriver(const std::string& name, DriverNotice notice) {
         if (ftdi.available) return ftdi;
         DriverLoad d2xx = loadDriverLibrary();
         if (!d2xx.available) {
-            d2xx.diagnostic = "no USB driver could be loaded: " + ftdi.diagnostic + " " +
-                              d2xx.diagnostic + " Install libftdi1 (apt install libftdi1-2).";
+            // One sentence for both: what each loader said, without its closing words.
+            const auto cause = [](std::string text) {
+                const std::string tail = "; no instrument can be opened.";
+                if (text.size() >= tail.size() &&
+                    text.compare(text.size() - tail.size(), tail.size(), tail) == 0)
+                    text.resize(text.size() - tail.size());
+                return text;
+            };
+            d2xx.diagnostic = "no USB driver could be loaded: " + cause(ftdi.diagnostic) + "; " +
+                              cause(d2xx.diagnostic) +
+                              "; no instrument can be opened. Install libftdi1 (sudo apt "
+                              "install libftdi1-2).";
         }
         return d2xx;
     }
