@@ -324,6 +324,12 @@ EmulatedChip& EmulatedBus::add(const std::string& serial, sim::Config config) {
     if (!umockdev_testbed_attach_ioctl(testbed_, chip->devnode().c_str(), chip->handler_->base,
                                        &error))
         throw std::runtime_error(std::string("attach_ioctl: ") + error->message);
+    chips_.push_back(std::move(chip));
+    appear(*chips_.back());
+    return *chips_.back();
+}
+
+void EmulatedBus::appear(const EmulatedChip& chip) {
     char record[1024];
     std::snprintf(record, sizeof record,
                   "P: /devices/usb%d\nN: bus/usb/%03d/001\nE: SUBSYSTEM=usb\nE: DRIVER=usb\n"
@@ -331,11 +337,23 @@ EmulatedChip& EmulatedBus::add(const std::string& serial, sim::Config config) {
                   "A: bConfigurationValue=1\\n\nA: busnum=%d\\n\nA: devnum=1\\n\n"
                   "A: speed=12\\n\nA: idVendor=0403\\n\nA: idProduct=6001\\n\n"
                   "A: serial=%s\\n\nH: descriptors=%s\n",
-                  bus, bus, bus, chip->devnode().c_str(), bus, serial.c_str(), kDescriptors);
+                  chip.bus, chip.bus, chip.bus, chip.devnode().c_str(), chip.bus,
+                  chip.serial.c_str(), kDescriptors);
+    GError* error = nullptr;
     if (!umockdev_testbed_add_from_string(testbed_, record, &error))
         throw std::runtime_error(std::string("add_from_string: ") + error->message);
-    chips_.push_back(std::move(chip));
-    return *chips_.back();
+}
+
+void EmulatedBus::unplug(EmulatedChip& chip) {
+    chip.unplug();
+    const std::string sys = "/sys/devices/usb" + std::to_string(chip.bus);
+    umockdev_testbed_uevent(testbed_, sys.c_str(), "remove");
+    umockdev_testbed_remove_device(testbed_, sys.c_str());
+}
+
+void EmulatedBus::plugIn(EmulatedChip& chip) {
+    chip.plugIn();
+    appear(chip);
 }
 
 void EmulatedBus::denyAccess(const EmulatedChip& chip) {

@@ -41,17 +41,16 @@ class EmulatedChip {
     // Bulk IN transfers asked for so far.
     std::atomic<int> inTransfers{0};
 
-    // The device vanishes: every request fails with ENODEV, also on the descriptors' reads.
-    // Coming back re-enumerates it: the handles opened before stay dead.
-    void unplug();
-    void plugIn();
-
     // The usbdevfs side, answering on umockdev's worker thread.
     struct Pending;
     struct Handler;
 
   private:
     friend class EmulatedBus;
+    // Gone, every request fails with ENODEV; back, the handles opened before stay dead.
+    void unplug();
+    void plugIn();
+
     std::unique_ptr<Handler> handler_;
 };
 
@@ -65,11 +64,17 @@ class EmulatedBus {
     // An FT232R (0403:6001) with the instrument's description and `serial`, on the next bus.
     EmulatedChip& add(const std::string& serial, sim::Config config = {});
 
+    // The chip leaves the bus (its requests fail, it is no longer listed) and comes back.
+    void unplug(EmulatedChip& chip);
+    void plugIn(EmulatedChip& chip);
+
     // Takes the permission to open the chip's device node from this process, as a missing
     // udev rule does (for root too, by running file access as an unprivileged user).
     void denyAccess(const EmulatedChip& chip);
 
   private:
+    void appear(const EmulatedChip& chip);
+
     UMockdevTestbed* testbed_;
     std::string root_;
     std::vector<std::unique_ptr<EmulatedChip>> chips_;

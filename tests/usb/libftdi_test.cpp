@@ -131,8 +131,8 @@ TEST(LibftdiDriver, ReconnectsWhenTheDeviceComesBack) {
     ASSERT_EQ(usb.object.FND(), 1234);
     reference.object.FND();
 
-    chip.unplug();
-    chip.plugIn();
+    bus.unplug(chip);
+    bus.plugIn(chip);
     usb.lines.clear();
     EXPECT_EQ(usb.object.SetFrequency(1500.0, -3.0), "OK");
     ASSERT_GE(usb.lines.size(), 3u);
@@ -143,13 +143,16 @@ TEST(LibftdiDriver, ReconnectsWhenTheDeviceComesBack) {
     EXPECT_EQ(chip.instrument.describeOutput(), linkedIn.describeOutput());
     EXPECT_EQ(usb.object.LockStatus(), reference.object.LockStatus());
 
-    chip.unplug();
+    bus.unplug(chip);
     usb.lines.clear();
     const auto start = Clock::now();
     usb.object.SetFrequency(1000.0, 0.0);
     EXPECT_LT(msSince(start), 10000);
     EXPECT_NE(std::find(usb.lines.begin(), usb.lines.end(), "FT_CyclePort = 2"), usb.lines.end());
-    chip.plugIn();
+    std::vector<d2xx::DeviceInfo> listed;
+    EXPECT_EQ(libftdi().listDevices(listed), d2xx::Ok);
+    EXPECT_TRUE(listed.empty());
+    bus.plugIn(chip);
     EXPECT_EQ(usb.object.FND(), 1234);
     EXPECT_EQ(usb.object.LockStatus(), reference.object.LockStatus());
 }
