@@ -246,6 +246,11 @@ std::string Instrument::describeOutput() const {
             });
             break;
     }
+    // The wire-time model's count, since the last open.
+    const WireUse& wire = state_->wire;
+    out += "driver calls: " + std::to_string(wire.calls) + "\n";
+    out += "wire time: " + fixed(static_cast<double>(wire.nanoseconds) / 1e6, 3) + " ms at " +
+           (state_->config.usb == UsbSpeed::High ? "high" : "full") + " speed\n";
     return out;
 }
 
