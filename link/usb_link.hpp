@@ -72,9 +72,9 @@ class UsbLink {
         endGathering();
     }
 
-    bool Coalesce = false;                           // join the frames written in gatherWrites()
-    std::size_t CoalesceLimit = kMaxCoalescedWrite;  // bytes per joined write (a larger frame
-                                                     // goes alone)
+    bool Coalesce = false;  // join the frames written in gatherWrites()
+    // Bytes per joined write; a frame longer than this goes alone.
+    std::size_t CoalesceLimit = kMaxCoalescedWrite;
 
     // Connection state.
     d2xx::Handle USBHandle = nullptr;
