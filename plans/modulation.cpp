@@ -24,13 +24,15 @@ void setCarrier(Session& s, double f, float level) {
 
 void startFmTone(Session& s, double f, double deviationHz, float level, std::int32_t points,
                  std::int32_t dwellCode) {
+    // The trigger exchange's purge sends the table first; the trigger and start frames then go
+    // out together.
     s.link.gatherWrites([&] {
         s.freqLevel.writeFmTable(kPlanAddress, points, f, deviationHz, kCompanionOffset, level,
                                  kLevelB);
         send(s, modeSelectFrame(mode::Modulation));
+        s.link.SetTrigger();
+        send(s, startFrame(startframe::Level.freeRunning, points, dwellCode));
     });
-    s.link.SetTrigger();
-    send(s, startFrame(startframe::Level.freeRunning, points, dwellCode));
 }
 
 void startFmExternal(Session& s, double f, double deviationHz, float level) {
