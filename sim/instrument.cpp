@@ -344,10 +344,12 @@ Status Instrument::read(Handle handle, void* data, std::uint32_t count, std::uin
         s.charge(0);
         return s.valid(handle) ? kInvalidParameter : d2xx::InvalidHandle;
     }
-    std::size_t n = std::min<std::size_t>(count, s.replies.size() - s.replyHead);
+    const std::size_t waiting = s.replies.size() - s.replyHead;
+    std::size_t n = std::min<std::size_t>(count, waiting);
     if (s.faults.chunk > 0) n = std::min<std::size_t>(n, s.faults.chunk);
-    // A read that gets fewer bytes than it asked for waits out its time-out on the bus.
-    s.charge(n, n < count ? s.link.readTimeoutMs : 0);
+    // A read asking for more than the instrument has sent waits out its time-out on the bus;
+    // one cut short by the chunk fault does not.
+    s.charge(n, waiting < count ? s.link.readTimeoutMs : 0);
     if (n > 0) std::memcpy(data, s.replies.data() + s.replyHead, n);
     s.replyHead += n;
     if (s.replyHead == s.replies.size()) {

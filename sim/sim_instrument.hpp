@@ -17,8 +17,8 @@
 //   drops the "Y" and is itself read as the start of a frame.
 // - Wire time: every driver call is charged what it would cost on the bus, one USB frame (1 ms
 //   at full speed, a 125 us microframe at high speed) plus its bytes at the bus rate (1 MB/s,
-//   30 MB/s); a read that delivers fewer bytes than asked also waits the read time-out last set
-//   by FT_SetTimeouts. Only counted, never slept; a successful FT_OpenEx restarts the count.
+//   30 MB/s); a read asking for more bytes than are waiting also waits the read time-out last
+//   set by FT_SetTimeouts. Only counted, never slept; a successful FT_OpenEx restarts the count.
 #pragma once
 
 #include <array>

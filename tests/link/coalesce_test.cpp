@@ -1,8 +1,5 @@
-// Joined writes: where the write boundaries fall, what a failed joined write does, and that held
-// frames always reach the wire before anything that follows them.
+// Joined writes: where the write boundaries fall and what a failed joined write does.
 #include <gtest/gtest.h>
-
-#include <stdexcept>
 
 #include "link/usb_link.hpp"
 #include "support/fake_driver.hpp"
@@ -58,29 +55,6 @@ TEST_F(CoalesceFixture, AFailedJoinedWriteIsRetriedWholeOnceThenTheNextGoesOn) {
     EXPECT_EQ(driver.take(),
               (Lines{"FT_Write 41 42 43 44 = 4", "FT_CyclePort = 0", "FT_Write 41 42 43 44 = 4",
                      "FT_Write 45 46 = 4", "FT_CyclePort = 0", "FT_Write 45 46 = 0"}));
-}
-
-// Nested gathering writes at the outermost end; a read, a delay or an error inside sends what is
-// held first, so the wire order is the order of the calls.
-TEST_F(CoalesceFixture, HeldFramesGoOutBeforeAReadADelayAndAnError) {
-    link.CoalesceLimit = kMaxCoalescedWrite;
-    link.gatherWrites([&] {
-        link.WriteUSB("A");
-        link.gatherWrites([&] { link.WriteUSB("B"); });
-        EXPECT_TRUE(driver.lines.empty());
-        link.WriteUSB("Q");
-        link.ReadUSB(1);
-        link.WriteUSB("C");
-        link.Delay(1);
-        link.WriteUSB("D");
-    });
-    EXPECT_THROW(link.gatherWrites([&] {
-        link.WriteUSB("E");
-        throw std::runtime_error("level");
-    }),
-                 std::runtime_error);
-    EXPECT_EQ(driver.take(), (Lines{"FT_Write 41 42 51 = 0", "FT_Read 1 = 0 :", "FT_Write 43 = 0",
-                                    "FT_Write 44 = 0", "FT_Write 45 = 0"}));
 }
 
 }  // namespace
