@@ -39,6 +39,7 @@ constexpr const char* kUsage =
     "  --sim-lock BYTE         simulated reply to \"Y9\", decimal or 0x-hex (default 0)\n"
     "  --sim-fault NAME[=N]    make the simulated driver fail (repeatable): open close cycle\n"
     "                          timeouts usbparams latency flow purge write silent chunk\n"
+    "  --sim-usb full|high     simulated USB bus speed for the wire time (default full)\n"
     "  --driver NAME           the USB driver: auto (default), libftdi or d2xx\n"
     "  --list                  list the devices the driver sees and exit\n"
     "  --coalesce              join the frames of one plan upload into few driver writes\n"
@@ -114,6 +115,10 @@ Options parseOptions(const std::vector<std::string>& args, const ExtraOption& ex
             if (!sim::applyFault(value(a), o.simConfig.faults, error)) {
                 throw UsageError{error};
             }
+            o.simOptionSeen = true;
+        } else if (a == "--sim-usb") {
+            if (!sim::parseUsbSpeed(value(a), o.simConfig.usb))
+                throw UsageError{"--sim-usb takes full or high"};
             o.simOptionSeen = true;
         } else if (a == "--driver") {
             o.driver = value(a);
@@ -290,6 +295,7 @@ SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::
     }
     listDevices_ = table.listDevices;
     session_ = std::make_unique<Session>(std::move(table), prompts, clock);
+    session_->link.Coalesce = o.coalesce;
     eepromData_ = &panel::attachHandlers(*session_);
     object_ = std::make_unique<Synthor_01_vexa>(*session_);
 }

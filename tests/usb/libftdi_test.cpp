@@ -76,7 +76,7 @@ TEST(LibftdiDriver, WholeExchangesTraceAsTheLinkedInSimulator) {
         Bench usb(libftdi());
         EXPECT_EQ(run(usb.object), expected) << c.piece << " " << c.delayMs;
         EXPECT_EQ(usb.lines, reference.lines) << c.piece << " " << c.delayMs;
-        EXPECT_EQ(chip.instrument.describeOutput(), linkedIn.describeOutput());
+        EXPECT_EQ(chip.instrument.describeState(), linkedIn.describeState());
     }
 }
 
@@ -140,7 +140,7 @@ TEST(LibftdiDriver, ReconnectsWhenTheDeviceComesBack) {
     EXPECT_EQ(usb.lines[1], "FT_CyclePort = 0");
     EXPECT_EQ(usb.lines[2].substr(usb.lines[2].size() - 4), " = 0");
     reference.object.SetFrequency(1500.0, -3.0);
-    EXPECT_EQ(chip.instrument.describeOutput(), linkedIn.describeOutput());
+    EXPECT_EQ(chip.instrument.describeState(), linkedIn.describeState());
     EXPECT_EQ(usb.object.LockStatus(), reference.object.LockStatus());
 
     bus.unplug(chip);
