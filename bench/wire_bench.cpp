@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <functional>
 
-#include "automation/synthor_01_vexa.hpp"
+#include "bench/opened_session.hpp"
 #include "plans/command_string.hpp"
 #include "plans/freq_sweep.hpp"
 #include "plans/level_sweeps.hpp"
@@ -15,14 +15,6 @@
 
 namespace synthor {
 namespace {
-
-class SilentPrompts final : public Prompts {
-  public:
-    MsgResult msgBox(std::string_view, int style, std::string_view) override {
-        return defaultAnswer(style);
-    }
-    std::optional<std::string> openFile(const OpenFileRequest&) override { return std::nullopt; }
-};
 
 // Time passes only when slept on, so the trigger exchange's delay costs no real time.
 class SteppedClock final : public Clock {
@@ -40,26 +32,12 @@ sim::Config onBus(sim::UsbSpeed speed) {
     return config;
 }
 
-struct WireSession {
-    explicit WireSession(sim::UsbSpeed speed)
-        : instrument(onBus(speed)),
-          session(instrument.driverTable(), prompts, clock),
-          object(session) {
-        if (object.FND() != 1234) std::abort();
-    }
-    sim::Instrument instrument;
-    SilentPrompts prompts;
-    SteppedClock clock;
-    Session session;
-    Synthor_01_vexa object;
-};
-
 // Runs `work` once per iteration, with ranges (high speed, coalesced); `prepare` fills the
 // plan store first. The counters are those of the last run.
 void measure(benchmark::State& state, const std::function<void(Session&)>& prepare,
              const std::function<void(Session&)>& work) {
     const auto speed = state.range(0) ? sim::UsbSpeed::High : sim::UsbSpeed::Full;
-    WireSession s(speed);
+    OpenedSession<SteppedClock> s(onBus(speed));
     s.session.link.Coalesce = state.range(1) != 0;
     prepare(s.session);
     sim::WireUse before, after;
