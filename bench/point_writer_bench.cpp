@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "automation/synthor_01_vexa.hpp"
+#include "bench/opened_session.hpp"
 #include "encoding/level.hpp"
 #include "runtime/clock.hpp"
 #include "session/plan_store.hpp"
@@ -13,30 +13,10 @@
 namespace synthor {
 namespace {
 
-class SilentPrompts final : public Prompts {
-  public:
-    MsgResult msgBox(std::string_view, int style, std::string_view) override {
-        return defaultAnswer(style);
-    }
-    std::optional<std::string> openFile(const OpenFileRequest&) override { return std::nullopt; }
-};
-
-// An opened session with calibration loaded, as after FND.
-struct OpenedSession {
-    OpenedSession() : session(instrument.driverTable(), prompts, clock), object(session) {
-        if (object.FND() != 1234) std::abort();
-    }
-    sim::Instrument instrument;
-    SilentPrompts prompts;
-    SystemClock clock;
-    Session session;
-    Synthor_01_vexa object;
-};
-
 // One continuous-wave point per iteration, stepping through the whole range so every band,
 // both interpolation paths and the band-class flags are exercised.
 void BM_PointWriter_OnePoint(benchmark::State& state) {
-    OpenedSession s;
+    OpenedSession<> s;
     double f = 300000;
     for (auto _ : state) {
         s.session.freqLevel.setFrequencyAndLevel(kCwAddress, 1, f, 1000, kCompanionOffset, 0,
@@ -50,7 +30,7 @@ BENCHMARK(BM_PointWriter_OnePoint);
 
 // A full plan upload: 9001 points from 100 MHz in 0.9 MHz steps (up to 8.2 GHz).
 void BM_PointWriter_PlanOf9001(benchmark::State& state) {
-    OpenedSession s;
+    OpenedSession<> s;
     for (auto _ : state) {
         s.session.freqLevel.setFrequencyAndLevel(kPlanAddress, kPlanPoints, 100e6, 0.9e6,
                                                  kCompanionOffset, 0, kLevelB);
@@ -61,7 +41,7 @@ BENCHMARK(BM_PointWriter_PlanOf9001)->Unit(benchmark::kMillisecond);
 
 // The level word alone, for the share of the per-point time it takes.
 void BM_LevelWord(benchmark::State& state) {
-    OpenedSession s;
+    OpenedSession<> s;
     double f = 300000;
     for (auto _ : state) {
         benchmark::DoNotOptimize(levelWord(s.session.cal, f, 0, 1));

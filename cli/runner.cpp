@@ -15,6 +15,7 @@
 #include "cli/serve.hpp"
 #include "cli/session_host.hpp"
 #include "link/driver_library.hpp"
+#include "link/libftdi_driver.hpp"
 #include "link/trace.hpp"
 #include "panel/handlers.hpp"
 #include "runtime/bounded_input.hpp"
@@ -40,7 +41,9 @@ constexpr const char* kUsage =
     "  --sim-lock BYTE         simulated reply to \"Y9\", decimal or 0x-hex (default 0)\n"
     "  --sim-fault NAME[=N]    make the simulated driver fail (repeatable): open close cycle\n"
     "                          timeouts usbparams latency flow purge write silent chunk\n"
+    "  --sim-usb full|high     simulated USB bus speed for the wire time (default full)\n"
     "  --driver NAME           the USB driver: auto (default), libftdi or d2xx\n"
+    "  --list                  list the devices the driver sees and exit\n"
     "  --coalesce              join the frames of one plan upload into few driver writes\n"
     "  --trace FILE            write the wire trace to FILE\n"
     "  --dialog PATH           answer of the next file-open dialog (repeatable)\n"
@@ -114,6 +117,10 @@ Options parseOptions(const std::vector<std::string>& args, const ExtraOption& ex
             if (!sim::applyFault(value(a), o.simConfig.faults, error)) {
                 throw UsageError{error};
             }
+            o.simOptionSeen = true;
+        } else if (a == "--sim-usb") {
+            if (!sim::parseUsbSpeed(value(a), o.simConfig.usb))
+                throw UsageError{"--sim-usb takes full or high"};
             o.simOptionSeen = true;
         } else if (a == "--driver") {
             o.driver = value(a);
@@ -243,6 +250,17 @@ bool findInstrument(SessionHost& host, std::ostream& err) {
     return false;
 }
 
+// --list: one line per device the driver sees, "DESCRIPTION, SERIAL, DRIVER".
+int listDevices(const SessionHost& host, std::ostream& out, std::ostream& err) {
+    std::vector<d2xx::DeviceInfo> devices;
+    if (const d2xx::Status s = host.listDevices(devices); s != d2xx::Ok)
+        err << "synthor: --list: the driver could not list its devices (status " << s << ")\n";
+    for (const d2xx::DeviceInfo& d : devices)
+        out << d.description << ", " << d.serial << ", " << d.driver << '\n';
+    if (devices.empty()) err << "synthor: --list: no devices found\n";
+    return out.flush() ? 0 : 1;
+}
+
 }  // namespace
 
 SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::ostream& err) {
@@ -251,33 +269,46 @@ SessionHost::SessionHost(const Options& o, Prompts& prompts, Clock& clock, std::
         instrument_ = std::make_unique<sim::Instrument>(o.simConfig);
         table = instrument_->driverTable();
     } else {
-        DriverLoad load = loadDriverLibrary();
+        DriverLoad load = loadDriver(
+            o.driver, [&err](const std::string& text) { err << "synthor: " << text << '\n'; });
         table = std::move(load.table);
         if (!load.diagnostic.empty()) {
-            // Said once, when an instrument is first looked for.
-            auto open = table.openEx;
-            auto said = std::make_shared<bool>(false);
-            table.openEx = [open, said, &err, text = load.diagnostic](
-                               const char* arg, std::uint32_t flags, d2xx::Handle* h) {
+            // Said once, when an instrument or the device list is first looked for.
+            auto say = [said = std::make_shared<bool>(false), &err, text = load.diagnostic] {
                 if (!*said) err << "synthor: " << text << '\n';
                 *said = true;
+            };
+            table.openEx = [open = table.openEx, say](const char* arg, std::uint32_t flags,
+                                                      d2xx::Handle* h) {
+                say();
                 return open(arg, flags, h);
+            };
+            table.listDevices = [list = table.listDevices,
+                                 say](std::vector<d2xx::DeviceInfo>& devices) {
+                say();
+                return list ? list(devices) : d2xx::Ok;
             };
         }
     }
-    listDevices_ = table.listDevices;
     if (o.wrapDriver) table = o.wrapDriver(std::move(table));
     if (!o.tracePath.empty()) {
         trace_ = std::make_shared<std::ofstream>(o.tracePath, std::ios::binary);
         if (!*trace_) throw UsageError{"cannot write the trace file " + o.tracePath};
         table = traced(std::move(table), streamTraceSink(trace_));
     }
+    listDevices_ = table.listDevices;
     session_ = std::make_unique<Session>(std::move(table), prompts, clock);
+    session_->link.Coalesce = o.coalesce;
     eepromData_ = &panel::attachHandlers(*session_);
     object_ = std::make_unique<Synthor_01_vexa>(*session_);
 }
 
 SessionHost::~SessionHost() = default;
+
+d2xx::Status SessionHost::listDevices(std::vector<d2xx::DeviceInfo>& devices) const {
+    devices.clear();
+    return listDevices_ ? listDevices_(devices) : d2xx::Ok;
+}
 
 void runScript(SessionHost& host, std::istream& script, std::ostream& out, std::ostream& err,
                const std::function<void()>& afterLine) {
@@ -291,17 +322,23 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
     if (!args.empty() && args[0] == "serve")
         return runServe(std::vector<std::string>(args.begin() + 1, args.end()), out, err);
     try {
-        bool find = false;
+        bool find = false, list = false;
         const Options o = parseOptions(args, [&](const std::string& name, const auto&) {
-            if (name != "--find") return false;
-            find = true;
+            if (name == "--find")
+                find = true;
+            else if (name == "--list")
+                list = true;
+            else
+                return false;
             return true;
         });
         if (o.help) {
             out << kUsage;
             return out.flush() ? 0 : 1;
         }
-        if (!o.scriptPath && o.call.empty())
+        if (list && (o.scriptPath || !o.call.empty() || find))
+            throw UsageError{"--list takes no call, script or --find"};
+        if (!list && !o.scriptPath && o.call.empty())
             throw UsageError{"nothing to do: give a call or --script"};
         std::unique_ptr<ByteSource> script;
         if (o.scriptPath) {
@@ -316,6 +353,7 @@ int run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
         LoggedPrompts prompts(out, o.dialogs, &err);
         SystemClock clock;
         SessionHost host(o, prompts, clock, err);
+        if (list) return listDevices(host, out, err);
         if (&err == &std::cerr && stderrIsTerminal()) showProgress(host.eepromData(), err);
         if (find && !findInstrument(host, err)) return 3;
         Runner runner(host, out, err);

@@ -61,19 +61,16 @@ class SessionHost {
     panel::EepromData& eepromData() { return *eepromData_; }
     // The wire trace's file, when one was asked for.
     std::ofstream* traceFile() { return trace_.get(); }
-    // The devices the chosen driver sees (the simulator lists itself); empty when the driver
-    // cannot list.
-    d2xx::Status listDevices(std::vector<d2xx::DeviceInfo>& devices) const {
-        return listDevices_ ? listDevices_(devices) : d2xx::Ok;
-    }
+    // The devices the driver sees (`--list`); none when the driver cannot list.
+    d2xx::Status listDevices(std::vector<d2xx::DeviceInfo>& devices) const;
 
   private:
     std::shared_ptr<std::ofstream> trace_;
+    std::function<d2xx::Status(std::vector<d2xx::DeviceInfo>&)> listDevices_;
     std::unique_ptr<sim::Instrument> instrument_;
     std::unique_ptr<Session> session_;
     panel::EepromData* eepromData_ = nullptr;
     std::unique_ptr<Synthor_01_vexa> object_;
-    std::function<d2xx::Status(std::vector<d2xx::DeviceInfo>&)> listDevices_;
 };
 
 // Runs a script of calls against the session: results to `out`, diagnostics to `err`.

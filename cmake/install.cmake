@@ -11,6 +11,10 @@ if(TARGET synthor-panel)
     list(APPEND _targets synthor-panel)
 endif()
 install(TARGETS ${_targets} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# On Linux, the udev rule that gives the logged-in user access to FTDI devices.
+if(NOT WIN32)
+    install(FILES ${PROJECT_SOURCE_DIR}/udev/60-synthor.rules DESTINATION lib/udev/rules.d)
+endif()
 
 if(NOT TARGET synthor_capi)
     return()

@@ -22,6 +22,7 @@ inline constexpr Status InvalidHandle = 1;
 inline constexpr Status DeviceNotFound = 2;
 inline constexpr Status DeviceNotOpened = 3;
 inline constexpr Status IoError = 4;
+inline constexpr Status InvalidParameter = 6;
 inline constexpr Status NotSupported = 17;
 inline constexpr Status OtherError = 18;
 
@@ -29,10 +30,12 @@ inline constexpr Status OtherError = 18;
 inline constexpr std::uint32_t OpenBySerialNumber = 1;
 inline constexpr std::uint32_t OpenByDescription = 2;
 
-// FT_Purge masks and the flow-control mode the link sets.
+// FT_Purge masks and FT_SetFlowControl modes (the link sets RTS/CTS).
 inline constexpr std::uint32_t PurgeRx = 1;
 inline constexpr std::uint32_t PurgeTx = 2;
 inline constexpr std::uint16_t FlowRtsCts = 0x0100;
+inline constexpr std::uint16_t FlowDtrDsr = 0x0200;
+inline constexpr std::uint16_t FlowXonXoff = 0x0400;
 
 // One device a driver can see, as `synthor --list` shows it.
 struct DeviceInfo {

@@ -26,6 +26,17 @@ using FlowFn = Status(SYNTHOR_D2XX_CALL*)(Handle, uint16_t, uint8_t, uint8_t);
 using WriteFn = Status(SYNTHOR_D2XX_CALL*)(Handle, void*, uint32_t, uint32_t*);
 using ReadFn = Status(SYNTHOR_D2XX_CALL*)(Handle, void*, uint32_t, uint32_t*);
 using PurgeFn = Status(SYNTHOR_D2XX_CALL*)(Handle, uint32_t);
+using CreateListFn = Status(SYNTHOR_D2XX_CALL*)(uint32_t*);
+using ListDetailFn = Status(SYNTHOR_D2XX_CALL*)(uint32_t, uint32_t*, uint32_t*, uint32_t*,
+                                                uint32_t*, void*, void*, Handle*);
+
+// A text field of FT_GetDeviceInfoDetail: NUL-terminated within its buffer.
+std::string fieldText(const char* field, std::size_t size) {
+    std::size_t n = 0;
+    while (n < size && field[n] != '\0')
+        ++n;
+    return std::string(field, n);
+}
 
 #ifdef _WIN32
 using LibHandle = HMODULE;
@@ -135,6 +146,8 @@ DriverLoad loadDriverLibrary(const std::string& path) {
     }
     std::string optional;
     const auto cycle = entry<HandleFn>(raw, "FT_CyclePort", optional);
+    const auto createList = entry<CreateListFn>(raw, "FT_CreateDeviceInfoList", optional);
+    const auto listDetail = entry<ListDetailFn>(raw, "FT_GetDeviceInfoDetail", optional);
     if (!cycle) {
         out.diagnostic =
             "USB driver library " + path + " has no FT_CyclePort; port cycles will report failure.";
@@ -161,6 +174,24 @@ DriverLoad loadDriverLibrary(const std::string& path) {
         return read(h, data, n, done);
     };
     t.purge = [purge](Handle h, uint32_t mask) { return purge(h, mask); };
+    if (createList && listDetail) {
+        t.listDevices = [createList, listDetail](std::vector<d2xx::DeviceInfo>& devices) {
+            devices.clear();
+            uint32_t count = 0;
+            if (const Status s = createList(&count); s != d2xx::Ok) return s;
+            for (uint32_t i = 0; i < count && i < 1024; ++i) {
+                uint32_t flags = 0, type = 0, id = 0, location = 0;
+                char serial[16] = {}, description[64] = {};
+                Handle h = nullptr;
+                const Status s =
+                    listDetail(i, &flags, &type, &id, &location, serial, description, &h);
+                if (s != d2xx::Ok) return s;
+                devices.push_back({fieldText(description, sizeof description),
+                                   fieldText(serial, sizeof serial), "d2xx"});
+            }
+            return d2xx::Ok;
+        };
+    }
     out.available = true;
     return out;
 }

@@ -20,7 +20,8 @@ const char* defaultDriverLibraryName();
 
 // Loads the driver library (by default the system's, found through the usual search path).
 // FT_CyclePort is optional: some platforms' drivers lack it; without it a port cycle fails with
-// "not supported" and the diagnostic says so. Every other entry point is required.
+// "not supported" and the diagnostic says so. FT_CreateDeviceInfoList and FT_GetDeviceInfoDetail
+// are optional too: without them the table lists nothing. Every other entry point is required.
 DriverLoad loadDriverLibrary(const std::string& path = defaultDriverLibraryName());
 
 // A table with nothing behind it: opens fail with status 2, every other call with status 1.

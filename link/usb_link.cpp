@@ -38,6 +38,7 @@ std::string UsbLink::OpenUSBSN(const std::string& serial) {
 }
 
 std::string UsbLink::open(const std::string& arg, std::uint32_t flags, int depth) {
+    writeHeld();
     std::string result;
     if (driver_.openEx(arg.c_str(), flags, &USBHandle) == d2xx::Ok) {
         result = "OK";
@@ -72,22 +73,46 @@ std::string UsbLink::open(const std::string& arg, std::uint32_t flags, int depth
 }
 
 std::string UsbLink::CloseUSB() {
+    writeHeld();
     return driver_.close(USBHandle) == d2xx::Ok ? "OK" : "Close Failed";
 }
 
 std::string UsbLink::CyclePortUSB() {
+    writeHeld();
     return driver_.cyclePort(USBHandle) == d2xx::Ok ? "OK" : "Error";
 }
 
 std::string UsbLink::WriteUSB(std::string_view frame) {
-    const auto size = static_cast<std::uint32_t>(frame.size());
+    if (!Coalesce || gatherDepth_ == 0) return writeOnce(frame);
+    if (!held_.empty() && held_.size() + frame.size() > CoalesceLimit) writeHeld();
+    held_.append(frame);
+    return "OK";
+}
+
+std::string UsbLink::writeOnce(std::string_view bytes) {
+    const auto size = static_cast<std::uint32_t>(bytes.size());
     BytesWritten = 0;
-    if (driver_.write(USBHandle, frame.data(), size, &BytesWritten) == d2xx::Ok) return "OK";
+    if (driver_.write(USBHandle, bytes.data(), size, &BytesWritten) == d2xx::Ok) return "OK";
     ReconnectUSB();
-    return driver_.write(USBHandle, frame.data(), size, &BytesWritten) == d2xx::Ok ? "OK" : "Error";
+    return driver_.write(USBHandle, bytes.data(), size, &BytesWritten) == d2xx::Ok ? "OK" : "Error";
+}
+
+void UsbLink::endGathering() {
+    if (--gatherDepth_ == 0) writeHeld();
+}
+
+void UsbLink::writeHeld() {
+    if (held_.empty()) return;
+    // Nothing is held while these bytes are written, so the reconnect inside writes nothing.
+    std::string bytes;
+    bytes.swap(held_);
+    writeOnce(bytes);
+    bytes.clear();
+    if (held_.empty()) held_.swap(bytes);  // keeps the buffer for the next frames
 }
 
 std::string UsbLink::ReadUSB(std::int32_t count) {
+    writeHeld();
     std::string result;
     TotalRead = 0;
     const auto wanted = static_cast<std::uint32_t>(std::max<std::int32_t>(count, 0));
@@ -110,6 +135,7 @@ std::string UsbLink::ReadUSB(std::int32_t count) {
 }
 
 std::string UsbLink::PurgeUSB() {
+    writeHeld();
     if (driver_.purge(USBHandle, d2xx::PurgeRx) != d2xx::Ok) return "Error";
     return driver_.purge(USBHandle, d2xx::PurgeTx) == d2xx::Ok ? "OK" : "Error";
 }
@@ -149,6 +175,7 @@ void UsbLink::SetTrigger() {
 }
 
 void UsbLink::Delay(std::int16_t ms) {
+    writeHeld();  // the wait follows what was written
     const auto start = static_cast<std::int32_t>(clock_.timeGetTime());
     const std::int64_t target = static_cast<std::int64_t>(start) + ms;
     if (target > std::numeric_limits<std::int32_t>::max() ||

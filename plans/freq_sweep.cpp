@@ -51,41 +51,46 @@ std::int16_t sweepBandCode(double f) {
 }
 
 void UploadBandTable(Session& s) {
-    const FreqPlan& p = s.plans.freq;
-    std::int32_t a = kBandTableAddress;
-    const std::int32_t count = p.FreqPlanCount;
-    if (count == 0) {
-        send(s, endMarkFrame(a));
-        return;
-    }
-    std::vector<std::int16_t> codes(static_cast<std::size_t>(count));
-    for (std::int32_t i = 0; i < count; ++i) {
-        codes[static_cast<std::size_t>(i)] = sweepBandCode(planPoint(p, i));
-    }
-    // The instrument wraps from the last point to the first.
-    if (codes.front() != codes.back()) {
-        send(s, bandEntryFrame(a, 0));
-        a += 2;
-    }
-    for (std::int32_t i = 1; i < count; ++i) {
-        if (codes[static_cast<std::size_t>(i)] != codes[static_cast<std::size_t>(i - 1)]) {
-            send(s, bandEntryFrame(a, i));
-            a += 2;
-        }
-        if (a > kBandTableLast) {
-            showMessage(s.prompts, planmsg::TooManyBandChanges);
+    s.link.gatherWrites([&] {
+        const FreqPlan& p = s.plans.freq;
+        std::int32_t a = kBandTableAddress;
+        const std::int32_t count = p.FreqPlanCount;
+        if (count == 0) {
             send(s, endMarkFrame(a));
             return;
         }
-    }
+        std::vector<std::int16_t> codes(static_cast<std::size_t>(count));
+        for (std::int32_t i = 0; i < count; ++i) {
+            codes[static_cast<std::size_t>(i)] = sweepBandCode(planPoint(p, i));
+        }
+        // The instrument wraps from the last point to the first.
+        if (codes.front() != codes.back()) {
+            send(s, bandEntryFrame(a, 0));
+            a += 2;
+        }
+        for (std::int32_t i = 1; i < count; ++i) {
+            if (codes[static_cast<std::size_t>(i)] != codes[static_cast<std::size_t>(i - 1)]) {
+                send(s, bandEntryFrame(a, i));
+                a += 2;
+            }
+            if (a > kBandTableLast) {
+                showMessage(s.prompts, planmsg::TooManyBandChanges);
+                send(s, endMarkFrame(a));
+                return;
+            }
+        }
+    });
 }
 
 void UploadFreqPlanPoints(Session& s, std::int32_t count) {
     const FreqPlan& p = s.plans.freq;
-    for (std::int32_t i = 0; i < count; ++i) {
-        s.freqLevel.setFrequencyAndLevel(kPlanAddress + kPointSize * i, 1, planPoint(p, i),
-                                         kUploadStep, kCompanionOffset, p.FreqPlanLevel, kLevelB);
-    }
+    s.link.gatherWrites([&] {
+        for (std::int32_t i = 0; i < count; ++i) {
+            s.freqLevel.setFrequencyAndLevel(kPlanAddress + kPointSize * i, 1, planPoint(p, i),
+                                             kUploadStep, kCompanionOffset, p.FreqPlanLevel,
+                                             kLevelB);
+        }
+    });
 }
 
 std::string MakeFreqPlan(Session& s, double startMHz, double stepMHz, std::int32_t points,
@@ -104,8 +109,10 @@ std::string MakeFreqPlan(Session& s, double startMHz, double stepMHz, std::int32
         p.FreqPlanHz[static_cast<std::size_t>(i)] = i * (stepMHz * 1e6) + startMHz * 1e6;
     }
     p.FreqPlanCount = points;
-    UploadBandTable(s);
-    UploadFreqPlanPoints(s, p.FreqPlanCount);
+    s.link.gatherWrites([&] {
+        UploadBandTable(s);
+        UploadFreqPlanPoints(s, p.FreqPlanCount);
+    });
     return std::string(planresult::OK);
 }
 
@@ -160,12 +167,13 @@ std::string GoSigGenFreqSweep(Session& s, std::string_view sw) {
     p.FreqPlanLevel = clampTo(roundLevel(p.FreqPlanLevel), kMinLevel, kMaxLevel);
     s.panel.setText("Text5", formatPattern(p.FreqPlanLevel, kLevelPattern));
 
-    UploadBandTable(s);
-    UploadFreqPlanPoints(s, p.FreqPlanCount);
-
-    const std::int32_t dwell = clampTo(absLong(p.FreqPlanDwell), kMinDwell, kMaxDwell);
-    send(s, startFrame(startLetters(s, startframe::Frequency), p.FreqPlanCount,
-                       dwell - startframe::Frequency.dwellOffset));
+    s.link.gatherWrites([&] {
+        UploadBandTable(s);
+        UploadFreqPlanPoints(s, p.FreqPlanCount);
+        const std::int32_t dwell = clampTo(absLong(p.FreqPlanDwell), kMinDwell, kMaxDwell);
+        send(s, startFrame(startLetters(s, startframe::Frequency), p.FreqPlanCount,
+                           dwell - startframe::Frequency.dwellOffset));
+    });
     s.panel.setStatus(panel::statuspanel::Mode, panel::status::FreqSweep);
     s.panel.setBold("Command12", true);
     s.plans.FreqPlanPresent = kTrue;

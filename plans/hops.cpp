@@ -44,12 +44,14 @@ std::string GoSigGenFHop(Session& s, double firstMHz, double secondMHz, float le
     p.FreqPlanHz[0] = first;
     p.FreqPlanHz[1] = second;
     p.FreqPlanCount = 2;
-    UploadBandTable(s);
-    s.freqLevel.setFrequencyAndLevel(kPlanAddress, 2, first, second - first, kCompanionOffset,
-                                     level, kLevelB);
-    // Always free-running, whatever the trigger settings.
-    send(s, startFrame(startframe::Frequency.freeRunning, 2,
-                       dwell - startframe::Frequency.dwellOffset));
+    s.link.gatherWrites([&] {
+        UploadBandTable(s);
+        s.freqLevel.setFrequencyAndLevel(kPlanAddress, 2, first, second - first, kCompanionOffset,
+                                         level, kLevelB);
+        // Always free-running, whatever the trigger settings.
+        send(s, startFrame(startframe::Frequency.freeRunning, 2,
+                           dwell - startframe::Frequency.dwellOffset));
+    });
     s.panel.setStatus(panel::statuspanel::Mode, panel::status::FreqHop);
     return std::string(planresult::OK);
 }
@@ -98,11 +100,15 @@ std::string GoSigGenLevelHop(Session& s, double freqMHz, float firstLevel, float
     s.panel.setText("Text18", formatPattern(l2, kLevelPattern));
 
     const double f = freqMHz * 1e6;
-    s.freqLevel.setFrequencyAndLevel(kPlanAddress, 1, f, kLevelStep, kCompanionOffset, l1, kLevelB);
-    s.freqLevel.setFrequencyAndLevel(kPlanAddress + kPointSize, 1, f, kLevelStep, kCompanionOffset,
-                                     l2, kLevelB);
-    send(s, modeSelectFrame(mode::LevelSweep));
-    send(s, startFrame(startframe::Level.freeRunning, 2, dwell - startframe::Level.dwellOffset));
+    s.link.gatherWrites([&] {
+        s.freqLevel.setFrequencyAndLevel(kPlanAddress, 1, f, kLevelStep, kCompanionOffset, l1,
+                                         kLevelB);
+        s.freqLevel.setFrequencyAndLevel(kPlanAddress + kPointSize, 1, f, kLevelStep,
+                                         kCompanionOffset, l2, kLevelB);
+        send(s, modeSelectFrame(mode::LevelSweep));
+        send(s,
+             startFrame(startframe::Level.freeRunning, 2, dwell - startframe::Level.dwellOffset));
+    });
     s.panel.setStatus(panel::statuspanel::Mode, panel::status::LevelHop);
     return std::string(planresult::OK);
 }

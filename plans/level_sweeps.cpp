@@ -34,14 +34,16 @@ std::string GoSigGenLevSweep(Session& s, std::string_view sw) {
     const std::int32_t dwell = absLong(p.LevelPlanDwell);
     if (dwell < kMinDwell || dwell > kMaxDwell) return std::string(planresult::IncorrectDwell);
 
-    for (std::int32_t i = 0; i < p.LevelPlanCount; ++i) {
-        s.freqLevel.setFrequencyAndLevel(kPlanAddress + kPointSize * i, 1, f, kLevelStep,
-                                         kCompanionOffset,
-                                         p.LevelPlanDbm[static_cast<std::size_t>(i)], kLevelB);
-    }
-    send(s, modeSelectFrame(mode::LevelSweep));
-    send(s, startFrame(startLetters(s, startframe::Level), p.LevelPlanCount,
-                       dwell - startframe::Level.dwellOffset));
+    s.link.gatherWrites([&] {
+        for (std::int32_t i = 0; i < p.LevelPlanCount; ++i) {
+            s.freqLevel.setFrequencyAndLevel(kPlanAddress + kPointSize * i, 1, f, kLevelStep,
+                                             kCompanionOffset,
+                                             p.LevelPlanDbm[static_cast<std::size_t>(i)], kLevelB);
+        }
+        send(s, modeSelectFrame(mode::LevelSweep));
+        send(s, startFrame(startLetters(s, startframe::Level), p.LevelPlanCount,
+                           dwell - startframe::Level.dwellOffset));
+    });
     s.panel.setStatus(panel::statuspanel::Mode, panel::status::LevelSweep);
     for (const std::string_view stop : panel::kStopButtons) {
         s.panel.setBold(stop, stop == "Command20");
@@ -65,22 +67,25 @@ std::string GoSigGenCplxSweep(Session& s, std::string_view sw) {
     const double f = p.ComplexPlanFreqHz;
     s.panel.setText("Text1", formatPattern(f / 1e6, kComplexFreqPattern));
 
-    // The carrier starts at the plan's first level; each point then carries its own level word.
-    s.freqLevel.setFrequencyAndLevel(kCwAddress, 1, f, kCwStep, kCompanionOffset,
-                                     p.ComplexPlanDbm[0], kLevelB);
-    send(s, pointStartFrame(kCwAddress));
+    s.link.gatherWrites([&] {
+        // The carrier starts at the plan's first level; each point then carries its own level
+        // word.
+        s.freqLevel.setFrequencyAndLevel(kCwAddress, 1, f, kCwStep, kCompanionOffset,
+                                         p.ComplexPlanDbm[0], kLevelB);
+        send(s, pointStartFrame(kCwAddress));
 
-    std::int32_t address = kPlanAddress;
-    for (std::int32_t i = 0; i < p.ComplexPlanCount; ++i) {
-        const auto at = static_cast<std::size_t>(i);
-        const std::int32_t phaseWord = complexPhaseWord(p.ComplexPlanPhase[at], f);
-        const std::int32_t levelWord = s.freqLevel.levelWord(f, p.ComplexPlanDbm[at], 1);
-        send(s, complexPointFrame(address, phaseWord, levelWord));
-        address += kComplexPointSize;
-    }
-    send(s, modeSelectFrame(mode::Modulation));
-    send(s, startFrame(startLetters(s, startframe::Complex), p.ComplexPlanCount,
-                       p.ComplexPlanDwell - startframe::Complex.dwellOffset));
+        std::int32_t address = kPlanAddress;
+        for (std::int32_t i = 0; i < p.ComplexPlanCount; ++i) {
+            const auto at = static_cast<std::size_t>(i);
+            const std::int32_t phaseWord = complexPhaseWord(p.ComplexPlanPhase[at], f);
+            const std::int32_t levelWord = s.freqLevel.levelWord(f, p.ComplexPlanDbm[at], 1);
+            send(s, complexPointFrame(address, phaseWord, levelWord));
+            address += kComplexPointSize;
+        }
+        send(s, modeSelectFrame(mode::Modulation));
+        send(s, startFrame(startLetters(s, startframe::Complex), p.ComplexPlanCount,
+                           p.ComplexPlanDwell - startframe::Complex.dwellOffset));
+    });
     s.panel.setStatus(panel::statuspanel::Mode, panel::status::ComplexSweep);
     return std::string(planresult::OK);
 }

@@ -24,20 +24,26 @@ void setCarrier(Session& s, double f, float level) {
 
 void startFmTone(Session& s, double f, double deviationHz, float level, std::int32_t points,
                  std::int32_t dwellCode) {
-    s.freqLevel.writeFmTable(kPlanAddress, points, f, deviationHz, kCompanionOffset, level,
-                             kLevelB);
-    send(s, modeSelectFrame(mode::Modulation));
-    s.link.SetTrigger();
-    send(s, startFrame(startframe::Level.freeRunning, points, dwellCode));
+    // The trigger exchange's purge sends the table first; the trigger and start frames then go
+    // out together.
+    s.link.gatherWrites([&] {
+        s.freqLevel.writeFmTable(kPlanAddress, points, f, deviationHz, kCompanionOffset, level,
+                                 kLevelB);
+        send(s, modeSelectFrame(mode::Modulation));
+        s.link.SetTrigger();
+        send(s, startFrame(startframe::Level.freeRunning, points, dwellCode));
+    });
 }
 
 void startFmExternal(Session& s, double f, double deviationHz, float level) {
     const std::string setupFrame = fmExternalFrame(deviationWord(f, deviationHz));
     // A one-point table without deviation: the carrier keeps the band of its centre.
-    s.freqLevel.writeFmTable(kCwAddress, 1, f, 0.0, kCompanionOffset, level, kLevelB);
-    send(s, pointStartFrame(kCwAddress));
-    send(s, modeSelectFrame(mode::Modulation));
-    send(s, setupFrame);
+    s.link.gatherWrites([&] {
+        s.freqLevel.writeFmTable(kCwAddress, 1, f, 0.0, kCompanionOffset, level, kLevelB);
+        send(s, pointStartFrame(kCwAddress));
+        send(s, modeSelectFrame(mode::Modulation));
+        send(s, setupFrame);
+    });
     s.panel.setStatus(panel::statuspanel::Mode, panel::status::FmExt);
 }
 

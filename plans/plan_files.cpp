@@ -255,8 +255,10 @@ bool LoadFreqSweepPlan(Session& s, bool useGivenFile, const std::string& fileNam
             // level cannot be computed), this file's count is still stored, so the next read
             // uploads this file's points rather than failing the same way for ever.
             try {
-                UploadBandTable(s);
-                UploadFreqPlanPoints(s, p.FreqPlanCount);
+                s.link.gatherWrites([&] {
+                    UploadBandTable(s);
+                    UploadFreqPlanPoints(s, p.FreqPlanCount);
+                });
             } catch (const RuntimeError&) {
                 p.FreqPlanCount = count;
                 throw;

@@ -20,7 +20,7 @@ constexpr const char* kUsage =
     "usage: synthor-panel [OPTION]...\n"
     "\n"
     "Shows the control panel. Takes the instrument options of `synthor` (--sim, the --sim-*\n"
-    "options, --trace FILE, --dialog PATH) and:\n"
+    "options, --driver NAME, --trace FILE, --dialog PATH, --coalesce) and:\n"
     "  --script FILE           run a script of Panel.* and automation calls after the start-up\n"
     "  --snapshot FILE         save a picture of the panel to FILE (its extension names the\n"
     "                          format) and exit, answering every prompt as the tool does\n"

@@ -13,6 +13,8 @@ packages=(
     qt6-base-dev qt6-image-formats-plugins      # the Linux control panel
     locales                                     # a decimal-comma locale for the parsing tests
     python3-pytest mypy python3-setuptools python3-pip  # the Python package, its tests and checks
+    libftdi1-2 libftdi1-dev libusb-1.0-0-dev    # the open USB driver (loaded at run time)
+    umockdev libumockdev-dev                     # its tests on an FTDI chip emulated below libusb
     qt6-base-dev qt6-image-formats-plugins fonts-wine  # the Qt panel, its image writers and font
     libasio-dev python3-pyvisa python3-pyvisa-py python3-pymeasure  # the SCPI server, its client tests
 )

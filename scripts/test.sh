@@ -7,6 +7,12 @@ cd "$(dirname "$0")/.."
 fuzz_seconds=${FUZZ_SECONDS:-30}
 
 scripts/setup.sh
+# Where ccache is installed, rebuilds of unchanged sources come from its cache.
+if command -v ccache >/dev/null && [ -z "${CMAKE_CXX_COMPILER_LAUNCHER:-}" ]; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CMAKE_C_COMPILER_LAUNCHER=ccache
+    # Paths inside the checkout are hashed relative to it, so every clone shares the cache.
+    export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
+fi
 
 step() { printf '\n== %s\n' "$*"; }
 

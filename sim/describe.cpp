@@ -180,7 +180,7 @@ PointReading Instrument::readPoint(std::uint32_t address) const {
     return p;
 }
 
-std::string Instrument::describeOutput() const {
+std::string Instrument::describeState() const {
     const RunState run = runState();
     std::string out = "mode: " + modeText(run) + "\n";
 
@@ -246,6 +246,16 @@ std::string Instrument::describeOutput() const {
             });
             break;
     }
+    return out;
+}
+
+std::string Instrument::describeOutput() const {
+    std::string out = describeState();
+    // The wire-time model's count, since the last open.
+    const WireUse& wire = state_->wire;
+    out += "driver calls: " + std::to_string(wire.calls) + "\n";
+    out += "wire time: " + fixed(static_cast<double>(wire.nanoseconds) / 1e6, 3) + " ms at " +
+           (state_->config.usb == UsbSpeed::High ? "high" : "full") + " speed\n";
     return out;
 }
 

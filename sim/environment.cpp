@@ -49,6 +49,10 @@ DropInSettings readDropInSettings(const EnvironmentLookup& lookup,
         }
         start = comma + 1;
     }
+    if (const std::string usb = get("VEXASIM_USB"); !usb.empty()) {
+        if (!parseUsbSpeed(usb, config.usb))
+            bad("VEXASIM_USB", "\"" + usb + "\" is not full or high");
+    }
     settings.tracePath = get("VEXASIM_TRACE");
     return settings;
 }

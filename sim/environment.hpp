@@ -19,7 +19,8 @@ struct DropInSettings {
 using EnvironmentLookup = std::function<const char*(const char* name)>;
 
 // Reads VEXASIM_EEPROM, VEXASIM_USB_SERIAL, VEXASIM_STATUS, VEXASIM_VERSION, VEXASIM_LOCK
-// (decimal or 0x-hex), VEXASIM_FAULTS (comma-separated fault settings) and VEXASIM_TRACE. An unset
+// (decimal or 0x-hex), VEXASIM_FAULTS (comma-separated fault settings), VEXASIM_USB (full or high:
+// the bus of the wire-time model) and VEXASIM_TRACE. An unset
 // or empty variable keeps its default. A bad value adds one line to `problems` and keeps the
 // default; in VEXASIM_FAULTS each bad setting is reported and skipped, the others apply.
 DropInSettings readDropInSettings(const EnvironmentLookup& lookup,

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "runtime/text.hpp"
+
 #include "sim/instrument_state.hpp"
 
 namespace synthor::sim {
@@ -25,7 +27,33 @@ bool failNow(int& counter) {
     return true;
 }
 
+constexpr std::uint64_t kNsPerSecond = 1'000'000'000;
+constexpr std::uint64_t kNsPerMs = 1'000'000;
+
 }  // namespace
+
+BusTiming busTiming(UsbSpeed speed) {
+    // Full speed: 1 ms frames, about 1 MB/s of bulk data; high speed: 125 us microframes,
+    // about 30 MB/s.
+    return speed == UsbSpeed::High ? BusTiming{125'000, 30'000'000}
+                                   : BusTiming{1'000'000, 1'000'000};
+}
+
+bool parseUsbSpeed(std::string_view text, UsbSpeed& speed) {
+    const std::string name = lcase(std::string(text));
+    if (name != "full" && name != "high") return false;
+    speed = name == "high" ? UsbSpeed::High : UsbSpeed::Full;
+    return true;
+}
+
+void Instrument::State::charge(std::uint64_t bytes, std::uint64_t waitMs) {
+    const BusTiming bus = busTiming(config.usb);
+    ++wire.calls;
+    wire.bytes += bytes;
+    wire.nanoseconds += bus.frameNs +
+                        (bytes * kNsPerSecond + bus.bytesPerSecond - 1) / bus.bytesPerSecond +
+                        waitMs * kNsPerMs;
+}
 
 Instrument::State::State(Config c) : config(std::move(c)), faults(config.faults) {
     if (config.eeprom.empty()) config.eeprom = defaultEeprom();
@@ -200,25 +228,39 @@ const Faults& Instrument::pendingFaults() const {
     return state_->faults;
 }
 
+WireUse Instrument::wireUse() const {
+    return state_->wire;
+}
+
 Status Instrument::openEx(const char* arg, std::uint32_t flags, Handle* handle) {
     State& s = *state_;
-    if (failNow(s.faults.open)) return d2xx::IoError;
-    if (!handle) return kInvalidParameter;
-    if (!arg) return d2xx::DeviceNotFound;
-    const bool matches =
-        (flags == d2xx::OpenByDescription && arg == std::string_view(kDeviceDescription)) ||
-        (flags == d2xx::OpenBySerialNumber && arg == s.config.usbSerial);
-    if (!matches) return d2xx::DeviceNotFound;
-    if (s.open) return d2xx::DeviceNotOpened;
+    const Status status = [&] {
+        if (failNow(s.faults.open)) return d2xx::IoError;
+        if (!handle) return kInvalidParameter;
+        if (!arg) return d2xx::DeviceNotFound;
+        const bool matches =
+            (flags == d2xx::OpenByDescription && arg == std::string_view(kDeviceDescription)) ||
+            (flags == d2xx::OpenBySerialNumber && arg == s.config.usbSerial);
+        if (!matches) return d2xx::DeviceNotFound;
+        if (s.open) return d2xx::DeviceNotOpened;
+        return d2xx::Ok;
+    }();
+    if (status != d2xx::Ok) {
+        s.charge(0);
+        return status;
+    }
     s.currentHandle = &s.handleSlots[s.opens++ % s.handleSlots.size()];
     s.open = true;
     s.dropTransfers();
     *handle = s.currentHandle;
+    s.wire = {};
+    s.charge(0);
     return d2xx::Ok;
 }
 
 Status Instrument::close(Handle handle) {
     State& s = *state_;
+    s.charge(0);
     if (failNow(s.faults.close)) return d2xx::IoError;
     if (!s.valid(handle)) return d2xx::InvalidHandle;
     s.open = false;
@@ -229,6 +271,7 @@ Status Instrument::close(Handle handle) {
 
 Status Instrument::cyclePort(Handle handle) {
     State& s = *state_;
+    s.charge(0);
     if (failNow(s.faults.cycle)) return d2xx::IoError;
     if (!s.valid(handle)) return d2xx::InvalidHandle;
     s.dropTransfers();
@@ -237,6 +280,7 @@ Status Instrument::cyclePort(Handle handle) {
 
 Status Instrument::setTimeouts(Handle handle, std::uint32_t readMs, std::uint32_t writeMs) {
     State& s = *state_;
+    s.charge(0);
     if (failNow(s.faults.timeouts)) return d2xx::IoError;
     if (!s.valid(handle)) return d2xx::InvalidHandle;
     s.link.readTimeoutMs = readMs;
@@ -246,6 +290,7 @@ Status Instrument::setTimeouts(Handle handle, std::uint32_t readMs, std::uint32_
 
 Status Instrument::setUsbParameters(Handle handle, std::uint32_t in, std::uint32_t out) {
     State& s = *state_;
+    s.charge(0);
     if (failNow(s.faults.usbparams)) return d2xx::IoError;
     if (!s.valid(handle)) return d2xx::InvalidHandle;
     s.link.inTransferSize = in;
@@ -255,6 +300,7 @@ Status Instrument::setUsbParameters(Handle handle, std::uint32_t in, std::uint32
 
 Status Instrument::setLatencyTimer(Handle handle, std::uint8_t ms) {
     State& s = *state_;
+    s.charge(0);
     if (failNow(s.faults.latency)) return d2xx::IoError;
     if (!s.valid(handle)) return d2xx::InvalidHandle;
     s.link.latencyMs = ms;
@@ -264,6 +310,7 @@ Status Instrument::setLatencyTimer(Handle handle, std::uint8_t ms) {
 Status Instrument::setFlowControl(Handle handle, std::uint16_t flow, std::uint8_t xon,
                                   std::uint8_t xoff) {
     State& s = *state_;
+    s.charge(0);
     if (failNow(s.faults.flow)) return d2xx::IoError;
     if (!s.valid(handle)) return d2xx::InvalidHandle;
     s.link.flow = flow;
@@ -276,9 +323,15 @@ Status Instrument::write(Handle handle, const void* data, std::uint32_t count,
                          std::uint32_t* written) {
     State& s = *state_;
     if (written) *written = 0;
-    if (failNow(s.faults.write)) return d2xx::IoError;
-    if (!s.valid(handle)) return d2xx::InvalidHandle;
-    if (!data && count > 0) return kInvalidParameter;
+    const Status status = [&] {
+        if (failNow(s.faults.write)) return d2xx::IoError;
+        if (!s.valid(handle)) return d2xx::InvalidHandle;
+        if (!data && count > 0) return kInvalidParameter;
+        return d2xx::Ok;
+    }();
+    // Only bytes the instrument takes are charged beyond the call's frame.
+    s.charge(status == d2xx::Ok ? count : 0);
+    if (status != d2xx::Ok) return status;
     if (count > 0) s.reader.feed({static_cast<const std::uint8_t*>(data), count}, s);
     if (written) *written = count;
     return d2xx::Ok;
@@ -287,10 +340,16 @@ Status Instrument::write(Handle handle, const void* data, std::uint32_t count,
 Status Instrument::read(Handle handle, void* data, std::uint32_t count, std::uint32_t* received) {
     State& s = *state_;
     if (received) *received = 0;
-    if (!s.valid(handle)) return d2xx::InvalidHandle;
-    if (!received || (!data && count > 0)) return kInvalidParameter;
-    std::size_t n = std::min<std::size_t>(count, s.replies.size() - s.replyHead);
+    if (!s.valid(handle) || !received || (!data && count > 0)) {
+        s.charge(0);
+        return s.valid(handle) ? kInvalidParameter : d2xx::InvalidHandle;
+    }
+    const std::size_t waiting = s.replies.size() - s.replyHead;
+    std::size_t n = std::min<std::size_t>(count, waiting);
     if (s.faults.chunk > 0) n = std::min<std::size_t>(n, s.faults.chunk);
+    // A read asking for more than the instrument has sent waits out its time-out on the bus;
+    // one cut short by the chunk fault does not.
+    s.charge(n, waiting < count ? s.link.readTimeoutMs : 0);
     if (n > 0) std::memcpy(data, s.replies.data() + s.replyHead, n);
     s.replyHead += n;
     if (s.replyHead == s.replies.size()) {
@@ -303,6 +362,7 @@ Status Instrument::read(Handle handle, void* data, std::uint32_t count, std::uin
 
 Status Instrument::purge(Handle handle, std::uint32_t mask) {
     State& s = *state_;
+    s.charge(0);
     if (failNow(s.faults.purge)) return d2xx::IoError;
     if (!s.valid(handle)) return d2xx::InvalidHandle;
     // Written bytes are taken as they arrive, so a transmit purge finds nothing to drop.

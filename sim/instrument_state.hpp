@@ -17,6 +17,8 @@ struct Instrument::State final : FrameSink {
     void reply(const std::uint8_t* bytes, std::size_t count);
     void dropTransfers();  // unread replies and any incomplete frame
     bool valid(d2xx::Handle handle) const { return open && handle == currentHandle; }
+    // Counts one driver call carrying `bytes` on the bus, and `waitMs` of waiting.
+    void charge(std::uint64_t bytes, std::uint64_t waitMs = 0);
 
     Config config;  // config.eeprom always holds kEepromSize bytes
     Faults faults;  // counters left
@@ -27,6 +29,7 @@ struct Instrument::State final : FrameSink {
     std::size_t replyHead = 0;
     RunState run;
     LinkSettings link;
+    WireUse wire;
 
     // Handles are addresses inside this array, one further slot per open, so a handle that was
     // closed stays invalid for the next opens and a handle of another instrument never matches.

@@ -15,6 +15,10 @@
 //   a full receive buffer.
 // - A byte that starts no frame of the inventory is skipped; after "Y" an unknown second byte
 //   drops the "Y" and is itself read as the start of a frame.
+// - Wire time: every driver call is charged what it would cost on the bus, one USB frame (1 ms
+//   at full speed, a 125 us microframe at high speed) plus its bytes at the bus rate (1 MB/s,
+//   30 MB/s); a read asking for more bytes than are waiting also waits the read time-out last
+//   set by FT_SetTimeouts. Only counted, never slept; a successful FT_OpenEx restarts the count.
 #pragma once
 
 #include <array>
@@ -51,6 +55,26 @@ struct Faults {
 // for an unknown name or a bad number (faults is then unchanged).
 bool applyFault(std::string_view setting, Faults& faults, std::string& error);
 
+// The simulated bus speed of the wire-time model.
+enum class UsbSpeed { Full, High };
+
+// The bus figures of a speed: a frame's length and the bulk rate.
+struct BusTiming {
+    std::uint64_t frameNs;
+    std::uint64_t bytesPerSecond;
+};
+BusTiming busTiming(UsbSpeed speed);
+
+// Reads "full" or "high" (any case); false for anything else.
+bool parseUsbSpeed(std::string_view text, UsbSpeed& speed);
+
+// What the wire-time model has counted since the last successful open.
+struct WireUse {
+    std::uint64_t calls = 0;        // driver calls
+    std::uint64_t bytes = 0;        // bytes written and read
+    std::uint64_t nanoseconds = 0;  // modelled time on the bus, waits included
+};
+
 struct Config {
     std::vector<std::uint8_t> eeprom;  // exactly kEepromSize bytes; empty: the default image
     std::string usbSerial = "VX000001";
@@ -58,6 +82,7 @@ struct Config {
     std::string version = "1.0";  // 3-byte reply to "V" (padded with blanks or cut to 3)
     std::uint8_t lock = 0;        // reply to "Y9"
     Faults faults;
+    UsbSpeed usb = UsbSpeed::Full;  // bus of the wire-time model
 };
 
 // The default read-only memory: identity blocks (serial number 1234 in block 2, a hardware
@@ -135,8 +160,11 @@ class Instrument {
 
     // What the instrument is doing, decoded from what it was sent: mode, output frequency and
     // level of the continuous-wave point, sweep or hop points. Free-form text for people, one or
-    // more lines, each ending in a newline.
+    // more lines, each ending in a newline; then the driver calls and wire time since the
+    // last open. describeState() is the same without those two lines, for comparing what
+    // two instruments do whatever carried their frames.
     std::string describeOutput() const;
+    std::string describeState() const;
 
     // Point memory as the "W" frames left it (bytes never written read as 0).
     std::uint8_t memoryAt(std::uint32_t address) const;
@@ -152,6 +180,7 @@ class Instrument {
     bool isOpen() const;
     std::size_t pendingReplyBytes() const;
     const Faults& pendingFaults() const;  // counters left, silent and chunk
+    WireUse wireUse() const;
 
     // The D2XX calls themselves.
     d2xx::Status openEx(const char* arg, std::uint32_t flags, d2xx::Handle* handle);

@@ -7,6 +7,7 @@
 // command-line tool answers them: Cancel for a retry/cancel box, OK for any other; every file
 // dialog is cancelled.
 // SYNTHOR_TRACE=PATH: the wire trace of every driver call is appended to PATH.
+// SYNTHOR_COALESCE=1: plan uploads, FM tables and complex plans go out in joined writes.
 #include <cstdlib>
 #include <fstream>
 #include <memory>
@@ -63,6 +64,7 @@ Session* buildSession() {
     }
 
     auto* session = new Session(std::move(driver), *prompts, clock);
+    session->link.Coalesce = setting(L"SYNTHOR_COALESCE") == "1";
     // The panel's event handlers and its Win32 window (ShowUI, EEPROMdata).
     win32::attachWin32Panel(*session, panel::attachHandlers(*session));
 

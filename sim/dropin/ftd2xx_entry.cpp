@@ -1,8 +1,10 @@
 // The D2XX entry points with their C signatures, over one process-wide simulated instrument
 // configured from the VEXASIM_* environment variables on first use.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <mutex>
@@ -34,6 +36,7 @@ struct DropIn {
     std::mutex mutex;  // hosts may call from several threads; the instrument is not reentrant
     std::unique_ptr<Instrument> instrument;
     DriverTable table;
+    std::vector<synthor::d2xx::DeviceInfo> listed;  // FT_CreateDeviceInfoList's snapshot
 };
 
 DropIn* makeDropIn() {
@@ -134,6 +137,45 @@ VEXASIM_EXPORT FT_STATUS VEXASIM_CALL FT_Read(FT_HANDLE ftHandle, void* lpBuffer
 
 VEXASIM_EXPORT FT_STATUS VEXASIM_CALL FT_Purge(FT_HANDLE ftHandle, ULONG Mask) {
     return guarded([&](DriverTable& t) { return t.purge(ftHandle, Mask); });
+}
+
+// The device list: FT_CreateDeviceInfoList takes a snapshot that FT_GetDeviceInfoDetail reads,
+// an FT232R (type 5, ID 0x04036001) with the simulated description and serial.
+VEXASIM_EXPORT FT_STATUS VEXASIM_CALL FT_CreateDeviceInfoList(DWORD* lpdwNumDevs) {
+    if (!lpdwNumDevs) return synthor::d2xx::InvalidParameter;
+    return guarded([&](DriverTable& t) {
+        auto& listed = dropIn().listed;
+        listed.clear();
+        const FT_STATUS s = t.listDevices(listed);
+        *lpdwNumDevs = static_cast<DWORD>(listed.size());
+        return s;
+    });
+}
+
+VEXASIM_EXPORT FT_STATUS VEXASIM_CALL FT_GetDeviceInfoDetail(DWORD dwIndex, DWORD* lpdwFlags,
+                                                             DWORD* lpdwType, DWORD* lpdwID,
+                                                             DWORD* lpdwLocId, void* lpSerialNumber,
+                                                             void* lpDescription,
+                                                             FT_HANDLE* pftHandle) {
+    return guarded([&](DriverTable&) {
+        DropIn& d = dropIn();
+        if (dwIndex >= d.listed.size()) return synthor::d2xx::DeviceNotFound;
+        const auto& info = d.listed[dwIndex];
+        const auto copy = [](void* to, const std::string& text, std::size_t size) {
+            if (!to) return;
+            const std::size_t n = std::min(text.size(), size - 1);
+            std::memcpy(to, text.data(), n);
+            static_cast<char*>(to)[n] = '\0';
+        };
+        if (lpdwFlags) *lpdwFlags = d.instrument->isOpen() ? 1 : 0;  // FT_FLAGS_OPENED
+        if (lpdwType) *lpdwType = 5;                                 // FT_DEVICE_232R
+        if (lpdwID) *lpdwID = 0x04036001;
+        if (lpdwLocId) *lpdwLocId = 0;
+        copy(lpSerialNumber, info.serial, 16);
+        copy(lpDescription, info.description, 64);
+        if (pftHandle) *pftHandle = nullptr;
+        return synthor::d2xx::Ok;
+    });
 }
 
 }  // extern "C"

@@ -78,7 +78,7 @@ TEST(Tool, WithoutTheDriverLibraryOpensFailWithADiagnostic) {
     // No driver library is on the search path where tests run (the drop-in one sits in the
     // build folder), so the first open says why once and every open fails.
     if (std::getenv("LD_LIBRARY_PATH")) GTEST_SKIP() << "a library path is set";
-    const Result r = runTool({"--script", "-"}, "DLLVer\nFND\nFND\n");
+    const Result r = runTool({"--driver", "d2xx", "--script", "-"}, "DLLVer\nFND\nFND\n");
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out, "V1.0 Jan 2019\n0\n0\n");
     const auto first = r.err.find("no instrument can be opened");

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <vector>
 
 #include "link/driver_library.hpp"
 #include "support/sim_frames.hpp"
@@ -40,6 +41,13 @@ TEST(SimDropIn, ExportsTheDriverEntryPointsAndServesTheLinkWithItsSettings) {
     ASSERT_TRUE(load.available) << load.diagnostic;
     EXPECT_TRUE(load.diagnostic.empty()) << load.diagnostic;
     const auto& t = load.table;
+    std::vector<d2xx::DeviceInfo> listed;
+    ASSERT_TRUE(t.listDevices);
+    EXPECT_EQ(t.listDevices(listed), 0u);
+    ASSERT_EQ(listed.size(), 1u);
+    EXPECT_EQ(listed[0].description, synthor::sim::kDeviceDescription);
+    EXPECT_EQ(listed[0].serial, "DROPIN01");
+    EXPECT_EQ(listed[0].driver, "d2xx");
     d2xx::Handle h = nullptr, again = nullptr;
     ASSERT_EQ(t.openEx("DROPIN01", 1, &h), 0u);
     EXPECT_EQ(t.openEx(synthor::sim::kDeviceDescription, 2, &again), 3u);

@@ -9,8 +9,14 @@
 //   ? N            the expected exit status (default 0)
 //
 // Standard output must equal the `<` lines exactly. Usage: transcript_runner FILE...
+//
+// transcript_runner --coalesce-check FILE... runs each case (but those with their own --trace)
+// once as written and once with --coalesce, and checks that joining writes changes nothing else:
+// the same standard output apart from Sim.Output's driver-call and wire-time lines, the same exit
+// status, and the same wire trace once consecutive successful writes are joined.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -158,13 +164,70 @@ bool runCase(const std::string& file, const Case& c, const std::filesystem::path
     return false;
 }
 
+struct Run {
+    std::vector<std::string> out, trace;
+    int status = 0;
+};
+
+// Runs a case's options and script with a trace; the trace's consecutive successful writes are
+// joined into one line, and Sim.Output's wire lines are left out of standard output.
+Run runJoined(std::vector<std::string> args, const Case& c,
+              const std::filesystem::path& tracePath) {
+    args.insert(args.begin(), {"--trace", tracePath.string()});
+    if (c.hasScript) {
+        args.push_back("--script");
+        args.push_back("-");
+    }
+    std::istringstream in(c.script);
+    std::ostringstream out, err;
+    Run r;
+    r.status = synthor::cli::run(args, in, out, err);
+    for (const auto& l : lines(out.str())) {
+        if (l.rfind("driver calls: ", 0) != 0 && l.rfind("wire time: ", 0) != 0) r.out.push_back(l);
+    }
+    std::ifstream t(tracePath);
+    bool joining = false;
+    for (std::string l; std::getline(t, l);) {
+        const bool written = l.rfind("FT_Write ", 0) == 0 && l.size() > 13 &&
+                             l.compare(l.size() - 4, 4, " = 0") == 0;
+        if (written && joining) {
+            r.trace.back().insert(r.trace.back().size() - 4, l.substr(8, l.size() - 12));
+        } else {
+            r.trace.push_back(l);
+        }
+        joining = written;
+    }
+    return r;
+}
+
+bool coalescedAlike(const std::string& file, const Case& c, const std::filesystem::path& path) {
+    std::vector<std::string> coalesced = c.options;
+    coalesced.insert(coalesced.begin(), "--coalesce");
+    const Run plain = runJoined(c.options, c, path);
+    const Run together = runJoined(coalesced, c, path);
+    std::string problem;
+    if (plain.out != together.out) {
+        problem = "output differs with --coalesce\n  without:\n" + joined(plain.out) + "  with:\n" +
+                  joined(together.out);
+    } else if (plain.status != together.status) {
+        problem = "exit status differs with --coalesce";
+    } else if (plain.trace != together.trace) {
+        problem = "joined wire trace differs with --coalesce\n  without:\n" + joined(plain.trace) +
+                  "  with:\n" + joined(together.trace);
+    }
+    if (problem.empty()) return true;
+    std::cerr << file << ":" << c.line << ":" << c.title << "\n  " << problem << "\n";
+    return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const auto tracePath = std::filesystem::temp_directory_path() /
                            ("transcript-trace-" + std::to_string(::getpid()) + ".txt");
+    const bool coalesceCheck = argc > 1 && std::string(argv[1]) == "--coalesce-check";
     int passed = 0, failed = 0;
-    for (int i = 1; i < argc; ++i) {
+    for (int i = coalesceCheck ? 2 : 1; i < argc; ++i) {
         std::ifstream in(argv[i]);
         if (!in) {
             std::cerr << argv[i] << ": cannot read\n";
@@ -172,8 +235,14 @@ int main(int argc, char** argv) {
             continue;
         }
         try {
-            for (const Case& c : readCases(in))
-                ++(runCase(argv[i], c, tracePath) ? passed : failed);
+            for (const Case& c : readCases(in)) {
+                if (!coalesceCheck) {
+                    ++(runCase(argv[i], c, tracePath) ? passed : failed);
+                } else if (std::none_of(c.options.begin(), c.options.end(),
+                                        [](auto& o) { return o.rfind("--trace", 0) == 0; })) {
+                    ++(coalescedAlike(argv[i], c, tracePath) ? passed : failed);
+                }
+            }
         } catch (const std::exception& e) {
             std::cerr << argv[i] << ": " << e.what() << "\n";
             ++failed;
