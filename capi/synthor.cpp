@@ -161,6 +161,8 @@ cli::Options toOptions(const synthor_options* given) {
         if (s.version) c.version = s.version;
         if (s.lock < 0 || s.lock > 255) badArgument("the simulated lock byte must be 0..255");
         c.lock = static_cast<std::uint8_t>(s.lock);
+        if (s.usb && !sim::parseUsbSpeed(s.usb, c.usb))
+            badArgument("the simulated bus is \"full\" or \"high\"");
         std::istringstream faults(s.faults ? s.faults : "");
         for (std::string fault; std::getline(faults, fault, ',');) {
             if (fault.find_first_not_of(' ') == std::string::npos) continue;

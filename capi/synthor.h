@@ -117,6 +117,8 @@ typedef struct synthor_sim_settings {
     int lock;                /* reply byte to "Y9", 0..255 */
     const char* faults;      /* driver failures, comma-separated as the tool's --sim-fault
                                 ("open=2,silent", "chunk=5"); NULL: none */
+    const char* usb;         /* the modelled bus of the wire-time count, "full" or "high";
+                                NULL: "full" */
 } synthor_sim_settings;
 
 #define SYNTHOR_COALESCE 1u /* flags: join the frames of one plan upload into few driver writes */

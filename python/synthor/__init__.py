@@ -48,7 +48,7 @@ MAX_DEVIATION_HZ = 200e3
 MIN_DEPTH, MAX_DEPTH = 5.0, 90.0
 
 _DRIVERS = ("auto", "sim", "d2xx", "libftdi")
-_SIM_KEYS = ("usb_serial", "lock", "status", "version", "eeprom", "faults")
+_SIM_KEYS = ("usb_serial", "lock", "status", "version", "eeprom", "faults", "usb")
 _TRIGGERS: dict[str, int] = {"free": 0, "rising": 1, "falling": 2}
 _RATES: dict[str, Optional[str]] = {"400hz": "400HZ", "1khz": "1KHZ", "external": None}
 _NOT_CONNECTED = ("Error. No instrument connected.", "Error. No instrument found.",
@@ -561,7 +561,8 @@ def open(serial: Optional[str] = None, *, driver: str = "auto",
 
     driver: "auto", "sim", "d2xx" or "libftdi"; with "auto", `sim` chooses the simulator.
     sim: the simulator's settings: usb_serial, lock (0..255), status (a character), version,
-    eeprom (a 65536-byte file, or its bytes), faults (a list of fault settings, as the tool's --sim-fault).
+    eeprom (a 65536-byte file, or its bytes), faults (a list of fault settings, as the tool's
+    --sim-fault), usb ("full" or "high": the bus the wire-time count in sim_output() models).
     trace: a file for the wire trace. progress: called with 0..100 while calibration loads.
     coalesce: join the frames of one plan upload into few driver writes.
     """

@@ -66,6 +66,7 @@ class SimSettings(ctypes.Structure):
         ("version", ctypes.c_char_p),
         ("lock", ctypes.c_int),
         ("faults", ctypes.c_char_p),
+        ("usb", ctypes.c_char_p),
     ]
 
 
@@ -306,7 +307,8 @@ def options(driver: str, sim: Optional[dict[str, object]], trace: Optional[str],
     o.driver = driver.encode()
     if sim is not None:
         s = SimSettings()
-        text = {"usb_serial": "usb_serial", "eeprom": "eeprom_path", "version": "version"}
+        text = {"usb_serial": "usb_serial", "eeprom": "eeprom_path", "version": "version",
+                "usb": "usb"}
         for key, field in text.items():
             given = sim.get(key)
             if isinstance(given, (bytes, bytearray)) and key == "eeprom":
