@@ -491,8 +491,8 @@ struct Engine::Impl {
     }
 
     void reset() {
-        const Generator defaults;
-        g = defaults;
+        g = Generator{};
+        g.output = false;  // *RST leaves RF off
         running = Running::None;
         need();
         GoSigGenFreqSweep(s, "OFF");  // mode select 0 stops any sweep, hop or modulation

@@ -55,7 +55,7 @@ struct Generator {
     double freq = 1e9;
     double power = 0.0;
     double phase = 0.0;  // degrees
-    bool output = false;
+    bool output = true;  // as the library sees it after FND: a setting goes out at once
     bool fmOn = false, fmExt = false;
     double fmDev = 100e3;
     int fmRate = 1000;
