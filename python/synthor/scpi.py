@@ -23,6 +23,21 @@ from pymeasure.instruments.validators import (
 DEFAULT_RESOURCE = "TCPIP::127.0.0.1::5025::SOCKET"
 
 
+def _switch(node: str, doc: str) -> Any:
+    """An ON/OFF setting read and written as 1 or 0."""
+    return Instrument.control(
+        f"{node}?", f"{node} %d", doc,
+        validator=strict_discrete_set, values={True: 1, False: 0}, map_values=True,
+        get_process=lambda v: int(v))
+
+
+def _tone(node: str, what: str) -> Any:
+    """The internal tone of FM or AM, 400 or 1000 Hz."""
+    return Instrument.control(
+        f"{node}:INT:FREQ?", f"{node}:INT:FREQ %d", f"Internal {what} tone in Hz, 400 or 1000.",
+        validator=strict_discrete_set, values=(400, 1000), get_process=lambda v: int(v))
+
+
 def _floats(text: str) -> List[float]:
     return [float(v) for v in text.split(",") if v.strip()]
 
@@ -39,37 +54,24 @@ class Synthesizer(Instrument):  # type: ignore[misc]
     phase = Instrument.control(
         "PHAS?", "PHAS %.3f", "Phase in degrees (-360 to 360).",
         validator=strict_range, values=(-360.0, 360.0))
-    output_enabled = Instrument.control(
-        "OUTP?", "OUTP %d", "True when the RF output is on.",
-        validator=strict_discrete_set, values={True: 1, False: 0}, map_values=True,
-        get_process=lambda v: int(v))
+    output_enabled = _switch("OUTP", "True when the RF output is on.")
 
-    fm_enabled = Instrument.control(
-        "FM:STAT?", "FM:STAT %d", "True when FM is on.",
-        validator=strict_discrete_set, values={True: 1, False: 0}, map_values=True,
-        get_process=lambda v: int(v))
+    fm_enabled = _switch("FM:STAT", "True when FM is on.")
     fm_deviation = Instrument.control(
         "FM:DEV?", "FM:DEV %.3f", "FM deviation in Hz (0 to 200 kHz).",
         validator=strict_range, values=(0.0, 200e3))
     fm_source = Instrument.control(
         "FM:SOUR?", "FM:SOUR %s", "FM source, 'INT' or 'EXT'.",
         validator=strict_discrete_set, values=("INT", "EXT"))
-    fm_rate = Instrument.control(
-        "FM:INT:FREQ?", "FM:INT:FREQ %d", "Internal FM tone in Hz, 400 or 1000.",
-        validator=strict_discrete_set, values=(400, 1000), get_process=lambda v: int(v))
-    am_enabled = Instrument.control(
-        "AM:STAT?", "AM:STAT %d", "True when AM is on.",
-        validator=strict_discrete_set, values={True: 1, False: 0}, map_values=True,
-        get_process=lambda v: int(v))
+    fm_rate = _tone("FM", "FM")
+    am_enabled = _switch("AM:STAT", "True when AM is on.")
     am_depth = Instrument.control(
         "AM:DEPT?", "AM:DEPT %.1f", "AM depth in percent (5 to 90).",
         validator=strict_range, values=(5.0, 90.0))
     am_source = Instrument.control(
         "AM:SOUR?", "AM:SOUR %s", "AM source, 'INT' or 'EXT'.",
         validator=strict_discrete_set, values=("INT", "EXT"))
-    am_rate = Instrument.control(
-        "AM:INT:FREQ?", "AM:INT:FREQ %d", "Internal AM tone in Hz, 400 or 1000.",
-        validator=strict_discrete_set, values=(400, 1000), get_process=lambda v: int(v))
+    am_rate = _tone("AM", "AM")
 
     frequency_mode = Instrument.control(
         "FREQ:MODE?", "FREQ:MODE %s", "'CW', 'SWE' (start/stop/points) or 'LIST'.",

@@ -127,53 +127,23 @@ std::string joined(const std::vector<std::string>& ls) {
     return s;
 }
 
-bool runCase(const std::string& file, const Case& c, const std::filesystem::path& tracePath) {
-    std::vector<std::string> args = c.options;
-    if (!c.trace.empty()) {
-        args.insert(args.begin(), {"--trace", tracePath.string()});
-    }
-    if (c.hasScript) {
-        args.push_back("--script");
-        args.push_back("-");
-    }
-    std::istringstream in(c.script);
-    std::ostringstream out, err;
-    const int status = synthor::cli::run(args, in, out, err);
-
-    std::string problem;
-    const auto got = lines(out.str());
-    std::vector<std::string> trace;
-    if (!c.trace.empty()) {
-        std::ifstream t(tracePath);
-        for (std::string l; std::getline(t, l);)
-            trace.push_back(l);
-    }
-    std::string missing;
-    if (got != c.out) {
-        problem = "output differs\n  expected:\n" + joined(c.out) + "  got:\n" + joined(got);
-    } else if (!inOrder(c.trace, trace, false, missing)) {
-        problem = "trace line missing or out of order: " + missing + "\n  trace:\n" + joined(trace);
-    } else if (!inOrder(c.err, lines(err.str()), true, missing)) {
-        problem = "standard error lacks: " + missing + "\n  got:\n" + joined(lines(err.str()));
-    } else if (status != c.status) {
-        problem =
-            "exit status " + std::to_string(status) + ", expected " + std::to_string(c.status);
-    }
+// True when there is no problem; otherwise says where the case is and what went wrong.
+bool passes(const std::string& file, const Case& c, const std::string& problem) {
     if (problem.empty()) return true;
     std::cerr << file << ":" << c.line << ":" << c.title << "\n  " << problem << "\n";
     return false;
 }
 
 struct Run {
-    std::vector<std::string> out, trace;
+    std::vector<std::string> out, trace, err;
     int status = 0;
 };
 
-// Runs a case's options and script with a trace; the trace's consecutive successful writes are
-// joined into one line, and Sim.Output's wire lines are left out of standard output.
-Run runJoined(std::vector<std::string> args, const Case& c,
-              const std::filesystem::path& tracePath) {
-    args.insert(args.begin(), {"--trace", tracePath.string()});
+// Runs a case's options and script through the tool, writing the wire trace to `tracePath` and
+// reading it back when `traced`.
+Run runTool(std::vector<std::string> args, const Case& c, const std::filesystem::path& tracePath,
+            bool traced) {
+    if (traced) args.insert(args.begin(), {"--trace", tracePath.string()});
     if (c.hasScript) {
         args.push_back("--script");
         args.push_back("-");
@@ -182,12 +152,46 @@ Run runJoined(std::vector<std::string> args, const Case& c,
     std::ostringstream out, err;
     Run r;
     r.status = synthor::cli::run(args, in, out, err);
-    for (const auto& l : lines(out.str())) {
+    r.out = lines(out.str());
+    r.err = lines(err.str());
+    if (traced) {
+        std::ifstream t(tracePath);
+        for (std::string l; std::getline(t, l);)
+            r.trace.push_back(l);
+    }
+    return r;
+}
+
+bool runCase(const std::string& file, const Case& c, const std::filesystem::path& tracePath) {
+    const Run r = runTool(c.options, c, tracePath, !c.trace.empty());
+    std::string problem;
+    std::string missing;
+    if (r.out != c.out) {
+        problem = "output differs\n  expected:\n" + joined(c.out) + "  got:\n" + joined(r.out);
+    } else if (!inOrder(c.trace, r.trace, false, missing)) {
+        problem =
+            "trace line missing or out of order: " + missing + "\n  trace:\n" + joined(r.trace);
+    } else if (!inOrder(c.err, r.err, true, missing)) {
+        problem = "standard error lacks: " + missing + "\n  got:\n" + joined(r.err);
+    } else if (r.status != c.status) {
+        problem =
+            "exit status " + std::to_string(r.status) + ", expected " + std::to_string(c.status);
+    }
+    return passes(file, c, problem);
+}
+
+// Runs a case's options and script with a trace; the trace's consecutive successful writes are
+// joined into one line, and Sim.Output's wire lines are left out of standard output.
+Run runJoined(const std::vector<std::string>& args, const Case& c,
+              const std::filesystem::path& tracePath) {
+    const Run raw = runTool(args, c, tracePath, true);
+    Run r;
+    r.status = raw.status;
+    for (const auto& l : raw.out) {
         if (l.rfind("driver calls: ", 0) != 0 && l.rfind("wire time: ", 0) != 0) r.out.push_back(l);
     }
-    std::ifstream t(tracePath);
     bool joining = false;
-    for (std::string l; std::getline(t, l);) {
+    for (const std::string& l : raw.trace) {
         const bool written = l.rfind("FT_Write ", 0) == 0 && l.size() > 13 &&
                              l.compare(l.size() - 4, 4, " = 0") == 0;
         if (written && joining) {
@@ -215,9 +219,7 @@ bool coalescedAlike(const std::string& file, const Case& c, const std::filesyste
         problem = "joined wire trace differs with --coalesce\n  without:\n" + joined(plain.trace) +
                   "  with:\n" + joined(together.trace);
     }
-    if (problem.empty()) return true;
-    std::cerr << file << ":" << c.line << ":" << c.title << "\n  " << problem << "\n";
-    return false;
+    return passes(file, c, problem);
 }
 
 }  // namespace
